@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+
+namespace k7 {
+
+// Everything that the code below the host asks of the operating system.
+
+/// Seconds of the high-resolution clock, above 0, from an arbitrary start.
+double HighResolutionSeconds();
+
+/// Whole seconds of local time since midnight.
+double LocalDaySeconds();
+
+/// Milliseconds since the system started.
+std::uint64_t TickMilliseconds();
+
+/// Value of a variable of the process environment, null where it is not set.
+const char* EnvironmentValue(const char* name);
+
+/// The folder that holds an installation by default, without a separator at its end.
+extern const char* const kDefaultRoot;
+
+/// What stands between the folders of a path that is opened.
+extern const char kPathSeparator;
+
+/// Whether this process writes to a console of its own already.
+bool HasOwnConsole();
+
+/// Opens a console under a title for this process. Null where none can be had.
+void* OpenConsole(const char* title);
+
+/// Puts the console's window above all others; false while there is no such window.
+bool RaiseConsole(const char* title);
+
+void WriteToConsole(void* console, const char* text);
+
+} // namespace k7

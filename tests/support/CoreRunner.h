@@ -1,0 +1,87 @@
+#pragma once
+
+#include "frame/Controls.h"
+#include "frame/PluginK7.h"
+#include "library/Chunks.h"
+#include "tests/support/Pictures.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <numeric>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace k7::test {
+
+/// Runs a core's chunks without a host: on real threads, or on the caller's in an order shuffled by a seed.
+class TestOwner : public ChunkOwner {
+public:
+    int ProcessorCount() const override { return Threads; }
+
+    void DoMultiProcess(ChunkRecord& record, int chunks) override {
+        if (OnThreads) {
+            std::vector<std::thread> threads;
+            for (int i = 0; i < chunks; ++i) threads.emplace_back([&, i] { RunChunk(record, Core, i); });
+            for (std::thread& thread : threads) thread.join();
+            return;
+        }
+        std::vector<int> order(static_cast<std::size_t>(chunks));
+        std::iota(order.begin(), order.end(), 0);
+        std::shuffle(order.begin(), order.end(), std::mt19937(Seed++));
+        for (int i : order) RunChunk(record, Core, i);
+    }
+
+    bool AbortRaised() const override { return Aborted; }
+
+    void TakeMessage(const char* text) override {
+        const std::lock_guard lock(mutex_);
+        Messages.emplace_back(text);
+    }
+
+    PluginK7* Core = nullptr;
+    int Threads = 1;
+    bool OnThreads = false;
+    unsigned Seed = 1;
+    std::atomic<bool> Aborted = false;
+    std::vector<std::string> Messages;
+
+private:
+    std::mutex mutex_;
+};
+
+/// A core with an owner, ready to run frames. Set slots and values on `core`, then call Run.
+template <class Core>
+struct CoreRunner {
+    CoreRunner() {
+        owner.Core = &core;
+        core.Operator = &owner;
+        core.Chunks = &chunks;
+        chunks.Owner = &owner;
+    }
+
+    /// Runs one frame from `input` (as the input slot's image) and gives the output.
+    Picture Run(K7Image& input, ImageInputK7& slot) {
+        Picture output = K7Image::MakeCopy(input);
+        slot.Image = &input;
+        core.Output.Image = output.get();
+        const CurrentChunksScope scope(&chunks);
+        core.Process();
+        slot.Image = nullptr;
+        core.Output.Image = nullptr;
+        return output;
+    }
+    Picture Run(K7Image& input, int threads = 1) requires requires(Core& c) { c.Input.Image; }
+    {
+        owner.Threads = threads;
+        return Run(input, core.Input);
+    }
+
+    TestOwner owner;
+    ChunkRecord chunks;
+    Core core;
+};
+
+} // namespace k7::test

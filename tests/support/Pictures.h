@@ -1,0 +1,60 @@
+#pragma once
+
+#include "library/K7Image.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace k7::test {
+
+using Picture = std::unique_ptr<K7Image>;
+
+/// A picture whose words a function gives: word(x, y, channel).
+inline Picture MakePicture(int width, int height, const std::function<int(int, int, int)>& word) {
+    Picture picture = K7Image::Make(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < 4; ++c) picture->Rows[y][4 * x + c] = static_cast<u16>(word(x, y, c));
+    return picture;
+}
+
+inline Picture Flat(int width, int height, int red, int green, int blue, int alpha) {
+    const int words[4] = {red, green, blue, alpha};
+    return MakePicture(width, height, [&](int, int, int c) { return words[c]; });
+}
+
+inline Picture Flat(int width, int height, int word) {
+    return Flat(width, height, word, word, word, word);
+}
+
+/// Words from 0 to 32767 without any order; the same for the same seed everywhere.
+inline Picture Noise(int width, int height, std::uint32_t seed = 1) {
+    std::uint32_t state = seed * 2654435761u + 1u;
+    return MakePicture(width, height, [&](int, int, int) {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        return static_cast<int>(state >> 8 & 0x7fffu);
+    });
+}
+
+/// EXPECT_TRUE(Same(a, b)): every word agrees; otherwise the first place that differs, with both values.
+inline testing::AssertionResult Same(const K7Image& got, const K7Image& want) {
+    if (got.Width != want.Width || got.Height != want.Height)
+        return testing::AssertionFailure() << "sizes " << got.Width << " x " << got.Height << " and "
+                                           << want.Width << " x " << want.Height;
+    for (int y = 0; y < got.Height; ++y)
+        for (int x = 0; x < got.Width; ++x)
+            for (int c = 0; c < 4; ++c)
+                if (got.Rows[y][4 * x + c] != want.Rows[y][4 * x + c])
+                    return testing::AssertionFailure()
+                           << "at x " << x << " y " << y << " channel " << c << ": got "
+                           << got.Rows[y][4 * x + c] << ", want " << want.Rows[y][4 * x + c];
+    return testing::AssertionSuccess();
+}
+
+} // namespace k7::test
