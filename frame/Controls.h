@@ -1,0 +1,151 @@
+#pragma once
+
+#include "library/Numbers.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace k7 {
+
+class K7Image;
+
+/// The time that stands for "now": a read gives the value at the document's current time, a write addresses
+/// the input as such and sets no key.
+inline constexpr double kTimeNow = -1.0;
+
+/// A host input as a control sees it. The operator implements it for the host, a test in memory.
+class ControlInput {
+public:
+    virtual ~ControlInput() = default;
+    virtual void WriteNumber(double time, double value) = 0;
+    virtual void WritePoint(double time, double x, double y) = 0;
+    virtual double ReadNumber(double time) = 0;
+    virtual void SetDisabled(bool on) = 0; ///< greys the control, or not
+    virtual void SetShown(bool on) = 0;    ///< shows the control, or hides it
+    virtual double ShownLow() = 0;         ///< the displayed range
+    virtual double ShownHigh() = 0;
+    virtual std::string Name() = 0; ///< the label; empty if it has none
+    virtual void StartUndo(const std::string& title) = 0;
+    virtual void EndUndo(bool keep) = 0;
+};
+
+/// Where values are read from: a request for a frame, or the inputs themselves at some time. Each gives
+/// false where there is no value.
+class ValueSource {
+public:
+    virtual ~ValueSource() = default;
+    virtual bool Number(ControlInput* input, double* value) = 0;
+    virtual bool Point(ControlInput* input, double* x, double* y) = 0;
+    virtual bool Text(ControlInput* input, std::string* text) = 0;
+};
+
+/// A core's view of one setting. The owner fills Value before each frame; the core may write the setting
+/// back, grey it or hide it. Value does not change by Set: it follows when the owner next reads the input.
+class ControlK7 {
+public:
+    virtual ~ControlK7() = default;
+
+    virtual void SetDisabled(bool on);
+    virtual void SetHidden(bool on);
+
+    /// Takes Value from the source; without a value there, the default of its kind.
+    virtual void ReadValue(ValueSource& source) = 0;
+
+    static constexpr int kInputs = 16;
+    ControlInput* Input[kInputs] = {}; ///< element 0; a colour has 0 to 3, red to alpha
+    bool Disabled = false;             ///< what was last asked for
+    bool Hidden = false;
+    bool Changing = false; ///< an own write is under way: its echo is no change by the user
+};
+
+/// Whole number, truncated. Without a value 0.
+class IntegerControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, int value);
+    void Get(double time, int* out);
+    int Value = 0;
+};
+
+/// 0 or 1. Without a value 0.
+class CheckboxControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, int value);
+    void Get(double time, int* out);
+    int Value = 0;
+};
+
+/// Entry number from 1. Without a value 1.
+class ListControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, int entry);
+    void Get(double time, int* out);
+    int Value = 1;
+};
+
+/// Without a value 0.
+class FloatControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, double value);
+    double Value = 0.0;
+};
+
+/// A float that is the size of an on-screen circle or box.
+class SizeControlK7 : public FloatControlK7 {};
+
+/// A float that is an angle in degrees.
+class AngleControlK7 : public FloatControlK7 {};
+
+/// Fractions of the frame. Without a value the middle.
+class PositionControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, double x, double y);
+    struct Position {
+        double x = 0.0;
+        double y = 0.0;
+    } Value;
+};
+
+/// A file name. Without a value empty.
+class FileControlK7 : public ControlK7 {
+public:
+    void ReadValue(ValueSource& source) override;
+    std::string Value;
+};
+
+/// Four words of red, green, blue, alpha; 32767 is 1.0. Without a value 0.
+class ColourControlK7 : public ControlK7 {
+public:
+    void SetDisabled(bool on) override;
+    void SetHidden(bool on) override; ///< alpha stays hidden
+    void ReadValue(ValueSource& source) override;
+    void Set(double time, u16 red, u16 green, u16 blue, u16 alpha);
+    u16 Value[4] = {};
+};
+
+/// Reads an image input at times other than the frame's.
+class FrameSource {
+public:
+    virtual ~FrameSource() = default;
+    /// Fills `target`, which keeps its size, with the picture at `time` held within the clip. False if the
+    /// host gives none; `target` then keeps what it held.
+    [[nodiscard]] virtual bool ReadInputAtTime(double time, K7Image& target) = 0;
+};
+
+/// An image input of an effect. `Image` is null where nothing is connected.
+struct ImageInputK7 {
+    FrameSource* Input = nullptr;
+    K7Image* Image = nullptr; ///< the owner's, for one frame
+};
+
+/// The image that Process fills.
+struct ImageOutputK7 {
+    K7Image* Image = nullptr; ///< the owner's, for one frame
+};
+
+} // namespace k7

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "baselib/Buffer.h"
+#include "frame/PluginK7.h"
+#include "library/K7Image.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+namespace k7 {
+
+/// Resamples a picture to another size in two separable passes, along rows and then along columns. First and
+/// last pixels of both sizes lie on each other. Weights are divided by their sum only where a pass reduces:
+/// a flat picture enlarged by a factor that is not whole comes out slightly uneven.
+class ImageXfmK7 {
+public:
+    /// Kernels of SetFilter; any other number is the triangle.
+    enum FilterId {
+        kTriangle = 1,
+        kCubic = 3,      ///< cubic convolution (Keys 1981), a = -0.5
+        kSharpCubic = 4, ///< the same with a = -1
+        kBSpline = 5,    ///< cubic B-spline
+        kWindowedSinc = 6,
+    };
+
+    /// Has `rows` lines of a pass worked on: calls worker(xfm, first, last, threads) for ranges that make up
+    /// 0 to rows - 1, and returns when all are done.
+    using DispatchHook = void (*)(PluginK7* core, ExternalWorker worker, int rows, ImageXfmK7* xfm);
+
+    ImageXfmK7() { SetFilter(kTriangle); }
+
+    void SetFilter(int id);
+
+    /// Without a core or a hook everything runs on the calling thread.
+    void SetDispatch(PluginK7* core, DispatchHook hook);
+
+    /// The hook that spreads the work over the threads of a core's owner.
+    static void RunExternalChunks(PluginK7* core, ExternalWorker worker, int rows, ImageXfmK7* xfm);
+
+    /// Writes `source` into `dest`, which keeps its size. 0 without memory, and then `dest` is undefined;
+    /// otherwise 1.
+    [[nodiscard]] int Transfer(const K7Image* source, K7Image* dest);
+
+private:
+    static constexpr int kSteps = 512; ///< kernel entries for a distance of one pixel
+
+    /// A source pixel's share in a destination pixel.
+    struct Tap {
+        double weight;
+        std::int32_t source;
+    };
+    /// What a destination pixel is made of: its taps in source order, and what their sum is divided by.
+    struct Place {
+        std::int64_t firstTap;
+        std::int64_t endTap;
+        double total;
+    };
+
+    void Run(ExternalWorker worker, int lines);
+    int RunPass(const K7Image* source, K7Image* dest, bool alongRows);
+    bool PlacePixels();
+    void CopyRows(int first, int last);
+    void ResizeRow(const double* row, u16* out) const;
+    void ResizeRows(int first, int last);
+    void ResizeColumns(int first, int last);
+
+    template <void (ImageXfmK7::*Lines)(int, int)>
+    static void Worker(void* xfm, int first, int last, int) {
+        (static_cast<ImageXfmK7*>(xfm)->*Lines)(first, last);
+    }
+
+    int Filter = -1;
+    std::array<double, 2 * kSteps + 1> Kernel{}; ///< from the middle outwards
+    int Support = 0;                             ///< half width in source pixels
+
+    // Working fields of a pass.
+    int DestSize = 0;
+    int SourceSize = 0;
+    const K7Image* PassSource = nullptr;
+    K7Image* PassDest = nullptr;
+    double Step = 0.0; ///< source pixels from one destination pixel to the next
+    Buffer<Tap> taps_;
+    Buffer<Place> places_;
+    std::atomic<bool> outOfMemory_ = false; ///< any worker may raise it
+
+    PluginK7* DispatchContext = nullptr;
+    DispatchHook Dispatch = nullptr;
+};
+
+} // namespace k7

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "library/Chunks.h"
+
+namespace k7 {
+
+/// A worker that is no member of a core: (context, first, last, threads).
+using ExternalWorker = void (*)(void* context, int first, int last, int threads);
+
+/// Base of all effect cores. A core does the picture work of one effect and knows no host: its owner sets
+/// the fields below and the slots and controls of the effect's record, then calls Process.
+class PluginK7 {
+public:
+    PluginK7() = default;
+    virtual ~PluginK7() = default;
+    PluginK7(const PluginK7&) = delete;
+    PluginK7& operator=(const PluginK7&) = delete;
+
+    /// One frame's work. The output slot holds a copy of the main input at the start and the finished frame
+    /// at the end, unless the frame was aborted.
+    virtual void Process() {}
+
+    /// Brings hidden and greyed controls in line with the values of the controls that govern them. Called
+    /// once before the first Process.
+    virtual void RefreshControls() {}
+
+    /// True once the owner has been asked to abandon the frame. Workers ask once per row at most.
+    bool IsAborted() const { return Operator->AbortRaised(); }
+
+    /// Runs a worker over rows 0 to rows - 1 on all threads; returns when all chunks are done.
+    void RunChunks(CoreWorker worker, int rows) { RunCoreChunks(*Chunks, worker, rows); }
+
+    /// The same for a worker with a context of its own.
+    void RunExternalChunks(ExternalWorker worker, int rows, void* context);
+
+    double Time = 0.0;        ///< the frame, in frames
+    double ExtentStart = 0.0; ///< first and last time of the clip, as the host reports them
+    double ExtentEnd = 0.0;
+    bool ProcessAlpha = true; ///< false: the core restores the output's alpha from its first input
+    ChunkOwner* Operator = nullptr;
+    ChunkRecord* Chunks = nullptr;
+
+private:
+    ExternalWorker ExternalFunction = nullptr;
+    void* ExternalContext = nullptr;
+};
+
+template <auto Method>
+struct MemberWorker;
+template <class Core, void (Core::*Method)(int first, int last)>
+struct MemberWorker<Method> {
+    static void Call(PluginK7* core, int first, int last, int) {
+        (static_cast<Core*>(core)->*Method)(first, last);
+    }
+};
+
+/// A member function of a core as a worker: RunChunks(WorkerOf<&Clean::FilterRows>, height).
+template <auto Method>
+inline constexpr CoreWorker WorkerOf = &MemberWorker<Method>::Call;
+
+} // namespace k7

@@ -1,0 +1,63 @@
+#include "library/Chunks.h"
+
+#include <algorithm>
+
+namespace k7 {
+
+namespace {
+
+thread_local ChunkRecord* currentChunks = nullptr;
+
+void Dispatch(ChunkRecord& record, int rows) {
+    record.Threads = std::max(1, record.Owner->ProcessorCount());
+    record.Rows = rows;
+    record.Owner->DoMultiProcess(record, record.Threads);
+}
+
+} // namespace
+
+ChunkRecord* CurrentChunks() {
+    return currentChunks;
+}
+
+CurrentChunksScope::CurrentChunksScope(ChunkRecord* record) : outer_(currentChunks) {
+    currentChunks = record;
+}
+
+CurrentChunksScope::~CurrentChunksScope() {
+    currentChunks = outer_;
+}
+
+void RunCoreChunks(ChunkRecord& record, CoreWorker worker, int rows) {
+    record.CoreFunction = worker;
+    record.ImageFunction = nullptr;
+    Dispatch(record, rows);
+}
+
+void RunImageChunks(K7Image* context, ImageWorker worker, int rows) {
+    if (!currentChunks) {
+        worker(context, 0, rows - 1, 1);
+        return;
+    }
+    currentChunks->CoreFunction = nullptr;
+    currentChunks->ImageFunction = worker;
+    currentChunks->ImageContext = context;
+    Dispatch(*currentChunks, rows);
+}
+
+void RunChunk(ChunkRecord& record, PluginK7* core, int index) {
+    const CurrentChunksScope scope(&record);
+    const int per = record.Rows / record.Threads;
+    const int first = per * index;
+    const int last = index == record.Threads - 1 ? record.Rows - 1 : first + per - 1;
+    if (record.CoreFunction)
+        record.CoreFunction(core, first, last, record.Threads);
+    else if (record.ImageFunction)
+        record.ImageFunction(record.ImageContext, first, last, record.Threads);
+}
+
+void ReportMessage(const char* text) {
+    if (currentChunks) currentChunks->Owner->TakeMessage(text);
+}
+
+} // namespace k7

@@ -1,0 +1,73 @@
+#pragma once
+
+namespace k7 {
+
+class K7Image;
+class PluginK7;
+struct ChunkRecord;
+
+// Row work is spread over threads in chunks: inclusive ranges [first, last] of rows (or of columns), where
+// first > last means nothing to do. A worker writes only what belongs to its range and reads all else.
+
+using CoreWorker = void (*)(PluginK7* core, int first, int last, int threads);
+using ImageWorker = void (*)(K7Image* image, int first, int last, int threads);
+
+/// What runs an effect: the operator under a host, a few lines in a test.
+class ChunkOwner {
+public:
+    virtual ~ChunkOwner() = default;
+
+    /// How many chunks a dispatch is divided into; a value below 1 counts as 1.
+    virtual int ProcessorCount() const = 0;
+
+    /// Calls RunChunk once for each index from 0 to chunks - 1, on any threads and in any order, and returns
+    /// when all of them have returned.
+    virtual void DoMultiProcess(ChunkRecord& record, int chunks) = 0;
+
+    /// True once the frame is to be abandoned. Any thread may ask.
+    virtual bool AbortRaised() const = 0;
+
+    /// Takes a text that tells of a failure; it must not keep the pointer. Any thread may call.
+    virtual void TakeMessage(const char* text) = 0;
+};
+
+/// The dispatch in work; one for each operator, shared by its core and the image layer.
+struct ChunkRecord {
+    void* Request = nullptr; ///< the host's request being served; nobody here looks inside
+    CoreWorker CoreFunction = nullptr;
+    ImageWorker ImageFunction = nullptr;
+    int Threads = 1;
+    int Rows = 0;
+    K7Image* ImageContext = nullptr;
+    ChunkOwner* Owner = nullptr;
+};
+
+/// The record that image operations on this thread run under; null outside of a frame.
+ChunkRecord* CurrentChunks();
+
+/// Makes a record the current one of this thread for as long as the object lives.
+class CurrentChunksScope {
+public:
+    explicit CurrentChunksScope(ChunkRecord* record);
+    ~CurrentChunksScope();
+    CurrentChunksScope(const CurrentChunksScope&) = delete;
+    CurrentChunksScope& operator=(const CurrentChunksScope&) = delete;
+
+private:
+    ChunkRecord* outer_;
+};
+
+/// Runs a core's worker over rows 0 to rows - 1. Returns when all chunks are done.
+void RunCoreChunks(ChunkRecord& record, CoreWorker worker, int rows);
+
+/// The same for an image operation, under the current record. Without one it runs as a single chunk on this
+/// thread.
+void RunImageChunks(K7Image* context, ImageWorker worker, int rows);
+
+/// Runs chunk `index` of the dispatch that stands in the record. `core` is the context of core workers.
+void RunChunk(ChunkRecord& record, PluginK7* core, int index);
+
+/// Says that something went wrong; the text goes to the owner of the current record, or nowhere.
+void ReportMessage(const char* text);
+
+} // namespace k7

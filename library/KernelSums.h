@@ -1,0 +1,45 @@
+#pragma once
+
+#include "library/GaussianKernel.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace k7 {
+
+class K7Image;
+
+/// The sums of the words round each pixel of a channel, times the weights of a table; black lies beyond the
+/// picture. Sums are whole numbers below 2^53.
+class KernelSums {
+public:
+    virtual ~KernelSums() = default;
+
+    /// Begins a channel of a picture.
+    virtual void Start(const K7Image& source, int channel) = 0;
+
+    /// Writes the sums along row y. Rows are asked for upwards from 0; of the rows up to y the source is not
+    /// needed any more.
+    virtual void Row(int y, double* sums) = 0;
+};
+
+/// How far from a pixel the table has places that lie on the picture.
+struct KernelReach {
+    int x, y;
+    int Wide() const { return 2 * x + 1; }
+    int Tall() const { return 2 * y + 1; }
+    std::int64_t Places() const { return static_cast<std::int64_t>(Wide()) * Tall(); }
+};
+
+// Two ways to the same sums, for pictures of a size; null without memory.
+
+/// Place by place; the weights within reach must not add up to more than kMostDotWeight.
+inline constexpr int kMostDotWeight = 65535;
+[[nodiscard]] std::unique_ptr<KernelSums> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach,
+                                                      int width, int height);
+
+/// By a transform of the whole picture, in a time that hardly depends on the reach.
+[[nodiscard]] std::unique_ptr<KernelSums> MakeTransformSums(const GaussianKernel2D& kernel, KernelReach reach,
+                                                            int width, int height);
+
+} // namespace k7

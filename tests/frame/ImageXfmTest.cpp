@@ -1,0 +1,206 @@
+#include "frame/ImageXfmK7.h"
+
+#include "tests/support/CoreRunner.h"
+#include "tests/support/FailingMemory.h"
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace k7::test {
+namespace {
+
+/// Kernels as they are defined, at any x.
+double PlainKernel(int filter, double x) {
+    x = std::fabs(x);
+    const auto sinc = [](double t) {
+        return t == 0.0 ? 1.0 : std::sin(std::numbers::pi * t) / (std::numbers::pi * t);
+    };
+    const double a = filter == 3 ? -0.5 : -1.0;
+    switch (filter) {
+    case 3:
+    case 4:
+        if (x < 1) return (a + 2) * x * x * x - (a + 3) * x * x + 1;
+        return x < 2 ? a * x * x * x - 5 * a * x * x + 8 * a * x - 4 * a : 0;
+    case 5:
+        if (x < 1) return (3 * x * x * x - 6 * x * x + 4) / 6;
+        return x < 2 ? (6 * x * x - x * x * x - 12 * x + 8) / 6 : 0;
+    case 6:
+        return x < 2 ? sinc(x) * sinc(x / 2) : 0;
+    default:
+        return x < 1 ? 1 - x : 0;
+    }
+}
+
+/// One line resampled as the definition reads: no tables of taps, no skipped weights.
+std::vector<u16> PlainLine(const std::vector<u16>& in, int size, int filter) {
+    const int sourceSize = static_cast<int>(in.size());
+    if (size == sourceSize) return in;
+    if (size == 1) return {in[0]};
+    const int support = filter >= 3 && filter <= 6 ? 2 : 1;
+    const double step = (sourceSize - 1.0) / (size - 1.0);
+    const double stretch = size < sourceSize ? step : 1.0;
+    std::vector<u16> out;
+    for (int d = 0; d < size; ++d) {
+        const double c = d * step;
+        double sum = 0, total = 0;
+        for (double i = std::ceil(c - support * stretch); i <= std::floor(c + support * stretch); ++i) {
+            const double entry = std::trunc((i - c) / stretch * 512);
+            const double weight = PlainKernel(filter, entry / 512);
+            total += weight;
+            sum += in[static_cast<std::size_t>(std::clamp(i, 0.0, sourceSize - 1.0))] * weight;
+        }
+        if (size < sourceSize) sum /= total;
+        out.push_back(static_cast<u16>(std::clamp(sum, 0.0, 32767.0) + 0.5));
+    }
+    return out;
+}
+
+/// Rows, rounded to words, and then columns.
+Picture PlainResize(const K7Image& in, int width, int height, int filter) {
+    const Picture between = K7Image::Make(width, in.Height);
+    Picture out = K7Image::Make(width, height);
+    for (int c = 0; c < 4; ++c) {
+        for (int y = 0; y < in.Height; ++y) {
+            std::vector<u16> line;
+            for (int x = 0; x < in.Width; ++x) line.push_back(in.Rows[y][4 * x + c]);
+            line = PlainLine(line, width, filter);
+            for (int x = 0; x < width; ++x) between->Rows[y][4 * x + c] = line[static_cast<std::size_t>(x)];
+        }
+        for (int x = 0; x < width; ++x) {
+            std::vector<u16> line;
+            for (int y = 0; y < in.Height; ++y) line.push_back(between->Rows[y][4 * x + c]);
+            line = PlainLine(line, height, filter);
+            for (int y = 0; y < height; ++y) out->Rows[y][4 * x + c] = line[static_cast<std::size_t>(y)];
+        }
+    }
+    return out;
+}
+
+Picture Resize(const K7Image& in, int width, int height, int filter = 3) {
+    Picture out = Flat(width, height, 99);
+    ImageXfmK7 xfm;
+    xfm.SetFilter(filter);
+    EXPECT_EQ(xfm.Transfer(&in, out.get()), 1);
+    return out;
+}
+
+/// A core that does nothing but resize its input, on its owner's threads.
+struct ResizeCore : PluginK7 {
+    ImageInputK7 Input;
+    ImageOutputK7 Output;
+    K7Image* Target = nullptr;
+    void Process() override {
+        ImageXfmK7 xfm;
+        xfm.SetFilter(3);
+        xfm.SetDispatch(this, ImageXfmK7::RunExternalChunks);
+        EXPECT_EQ(xfm.Transfer(Input.Image, Target), 1);
+    }
+};
+
+TEST(ImageXfm, EveryKernelFollowsItsDefinitionOnEverySize) {
+    const int sizes[][4] = {{7, 5, 16, 11}, {16, 11, 7, 5}, {5, 9, 11, 3},   {40, 3, 4, 31}, {9, 9, 9, 4},
+                            {9, 9, 20, 9},  {1, 1, 6, 4},   {6, 4, 1, 1},    {1, 30, 8, 2},  {2, 2, 3, 1},
+                            {200, 1, 2, 1}, {1, 2, 1, 150}, {150, 2, 148, 3}};
+    for (int filter : {1, 3, 4, 5, 6, 0})
+        for (const auto& size : sizes) {
+            const Picture in = Noise(size[0], size[1]);
+            EXPECT_TRUE(
+                Same(*Resize(*in, size[2], size[3], filter), *PlainResize(*in, size[2], size[3], filter)))
+                << size[0] << " x " << size[1] << " to " << size[2] << " x " << size[3] << " filter "
+                << filter;
+        }
+}
+
+TEST(ImageXfm, CornersKeepTheirWords) {
+    const Picture in = Noise(100, 100);
+    const Picture out = Resize(*in, 200, 200);
+    for (int c = 0; c < 4; ++c) {
+        EXPECT_EQ(out->Rows[0][c], in->Rows[0][c]);
+        EXPECT_EQ(out->Rows[0][4 * 199 + c], in->Rows[0][4 * 99 + c]);
+        EXPECT_EQ(out->Rows[199][c], in->Rows[99][c]);
+        EXPECT_EQ(out->Rows[199][4 * 199 + c], in->Rows[99][4 * 99 + c]);
+    }
+}
+
+TEST(ImageXfm, SameSizeIsACopy) {
+    const Picture in = Noise(31, 17);
+    EXPECT_TRUE(Same(*Resize(*in, 31, 17), *in));
+}
+
+TEST(ImageXfm, SinglePixelTakesTheFirst) {
+    const Picture in = Noise(9, 6);
+    for (int filter : {1, 3, 5}) {
+        const Picture out = Resize(*in, 1, 1, filter);
+        for (int c = 0; c < 4; ++c) EXPECT_EQ(out->Rows[0][c], in->Rows[0][c]) << filter;
+    }
+}
+
+TEST(ImageXfm, ReducingKeepsAFlatPictureFlat) {
+    const Picture in = Flat(97, 61, 12345, 0, 32767, 1);
+    for (int filter : {1, 3, 4, 5, 6})
+        EXPECT_TRUE(Same(*Resize(*in, 30, 23, filter), *Flat(30, 23, 12345, 0, 32767, 1))) << filter;
+}
+
+TEST(ImageXfm, EnlargingByNoWholeFactorIsUneven) {
+    const Picture out = Resize(*Flat(100, 100, 12345), 160, 160);
+    const auto [low, high] = std::minmax_element(out->Pixels, out->Pixels + 160 * 160 * 4);
+    EXPECT_EQ(*low, 12345); // truncated table positions only add weight
+    EXPECT_EQ(*high, 12405);
+}
+
+TEST(ImageXfm, OvershootIsClamped) {
+    const Picture edge =
+        MakePicture(16, 2, [](int x, int, int c) { return (x < 8) == (c % 2 == 0) ? 32767 : 0; });
+    const Picture out = Resize(*edge, 46, 2); // a whole factor of 3
+    for (int x = 0; x < 46; ++x)
+        for (int c = 0; c < 4; ++c) EXPECT_LE(out->Rows[0][4 * x + c], 32767);
+    EXPECT_EQ(out->Rows[0][4 * 20], 32767); // above full scale before the clamp
+    EXPECT_EQ(out->Rows[0][4 * 20 + 1], 0);
+}
+
+TEST(ImageXfm, LinearRampEnlargedByTriangleIsTheRamp) {
+    const Picture ramp = MakePicture(9, 3, [](int x, int y, int) { return 1024 * x + 512 * y; });
+    const Picture want = MakePicture(33, 5, [](int x, int y, int) { return 256 * x + 256 * y; });
+    EXPECT_TRUE(Same(*Resize(*ramp, 33, 5, ImageXfmK7::kTriangle), *want));
+}
+
+TEST(ImageXfm, ThreadsDoNotChangeThePicture) {
+    const Picture in = Noise(300, 23);
+    const int sizes[][2] = {{300, 23}, {410, 23}, {300, 7}, {111, 50}};
+    for (const auto& size : sizes)
+        for (int threads : {1, 3, 40}) {
+            const Picture out = Flat(size[0], size[1], 99);
+            CoreRunner<ResizeCore> runner;
+            runner.core.Target = out.get();
+            runner.owner.OnThreads = threads == 3;
+            runner.Run(*in, threads);
+            EXPECT_TRUE(Same(*out, *Resize(*in, size[0], size[1]))) << size[0] << " " << threads;
+        }
+}
+
+TEST(ImageXfm, TellsThatMemoryRanOut) {
+    const Picture in = Noise(8, 8);
+    const Picture out = Flat(4, 4, 0);
+    ImageXfmK7 xfm;
+    for (int blocks = 0;; ++blocks) {
+        const FailingMemory memory(blocks);
+        const int result = xfm.Transfer(in.get(), out.get());
+        ASSERT_EQ(result, memory.Sufficed()) << blocks;
+        if (result) break;
+    }
+    EXPECT_TRUE(Same(*out, *Resize(*in, 4, 4, ImageXfmK7::kTriangle)));
+}
+
+TEST(ImageXfm, WithoutACoreTheHookIsLeftAlone) {
+    const Picture in = Noise(8, 8);
+    const Picture out = Flat(4, 4, 0);
+    ImageXfmK7 xfm;
+    xfm.SetFilter(3);
+    xfm.SetDispatch(nullptr, [](PluginK7*, ExternalWorker, int, ImageXfmK7*) { FAIL(); });
+    EXPECT_EQ(xfm.Transfer(in.get(), out.get()), 1);
+    EXPECT_TRUE(Same(*out, *Resize(*in, 4, 4)));
+}
+
+} // namespace
+} // namespace k7::test
