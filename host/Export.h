@@ -1,0 +1,10 @@
+#pragma once
+
+// Marks what the shared host library offers to the program and to plug-ins.
+#if defined(_WIN32) && defined(K7HOST_BUILDING)
+#define K7HOST_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define K7HOST_API __declspec(dllimport)
+#else
+#define K7HOST_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "host/Image.h"
+#include "host/Parameter.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace host {
+
+class Operator;
+
+/// What can stand at the other end of an image input: a clip, or another tool.
+class K7HOST_API ImageProvider {
+public:
+    virtual ~ImageProvider() = default;
+    /// The picture at a time, with a reference for the caller; null if there is none. Any thread may ask.
+    virtual Image* ImageAt(double time) = 0;
+};
+
+/// The value of an input over time: one value, or keys with linear ramps between them that hold at the ends.
+/// A number uses x alone.
+struct K7HOST_API Curve {
+    struct Value {
+        double x = 0.0;
+        double y = 0.0;
+        bool operator==(const Value&) const = default;
+    };
+
+    Value At(double time) const;
+    bool Animated() const { return !Keys.empty(); }
+    bool operator==(const Curve&) const = default;
+
+    Value Constant;
+    std::map<double, Value> Keys; ///< by time
+};
+
+/// The time that stands for "now": a read takes the value at the document's current time; a write sets the
+/// constant value and no key.
+inline constexpr double kTimeNow = -1.0;
+
+/// One setting or image link of an operator. Values may be read and written from any thread.
+class K7HOST_API Input : public Object {
+public:
+    /// The kinds of value by the link's data type.
+    enum class Type { Number, Point, Text, Image };
+
+    Input(Operator* owner, const FuID& name, const FuID& id, const TagList& tags);
+    ~Input() override;
+
+    const std::string& Name() const { return name_; } ///< the label
+    const std::string& Id() const { return id_; }
+    Type DataType() const { return type_; }
+    Operator* Owner() const { return owner_; }
+
+    /// The value at a time, with a reference for the caller. Null for an image input without a picture there.
+    Parameter* GetSource(double time);
+
+    /// Writes a value: into the constant, or as a key at `time` where the input is animated. A number is held
+    /// within the input's limits; NaN is kept. Then the operator is notified on this thread. A value of
+    /// another type than the input's is ignored.
+    virtual void SetSource(Parameter* value, double time, int mode, TagList* tags);
+
+    /// The whole curve of a number or point. Setting it notifies the operator at the time of the first key,
+    /// or at the document's current time.
+    Curve GetCurve() const;
+    void SetCurve(Curve curve);
+    std::string GetText() const;
+
+    /// Links an image input; null takes the link away. The provider must outlive the link.
+    void Connect(ImageProvider* provider);
+    bool Connected() const;
+
+    void StartUndo(const char* title, const TagList* tags) override;
+    void EndUndo(bool keep, const TagList* tags) override;
+
+private:
+    double Held(double value) const;
+    double TimeOf(double time) const;
+
+    Operator* const owner_;
+    const std::string name_;
+    const std::string id_;
+    const Type type_;
+    mutable std::mutex mutex_;
+    Curve curve_;
+    std::string text_;
+    ImageProvider* provider_ = nullptr;
+};
+
+class K7HOST_API Output : public Object {
+public:
+    Output(const FuID& name, const FuID& id, const TagList& tags) : name_(name.Text()), id_(id.Text()) {
+        SetAttrs(tags);
+    }
+    const std::string& Name() const { return name_; }
+    const std::string& Id() const { return id_; }
+
+private:
+    std::string name_;
+    std::string id_;
+};
+
+} // namespace host
