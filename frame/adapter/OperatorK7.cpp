@@ -1,0 +1,160 @@
+#include "frame/adapter/OperatorK7.h"
+
+#include "frame/adapter/ImageTransfer.h"
+
+#include <algorithm>
+
+namespace k7 {
+
+using namespace host;
+
+OperatorK7::OperatorK7(const OperatorArguments& arguments)
+    : ThreadedOperator(arguments.registry, arguments.value, arguments.tags) {
+    chunks_.Owner = this;
+}
+
+OperatorK7::~OperatorK7() = default;
+
+void OperatorK7::TakeCore(std::unique_ptr<PluginK7> core) {
+    core_ = std::move(core);
+    core_->Operator = this;
+    core_->Chunks = &chunks_;
+}
+
+// One frame.
+
+void OperatorK7::Process(Request* request) {
+    const CurrentChunksScope scope(&chunks_);
+    chunks_.Request = request;
+
+    core_->ProcessAlpha = true;
+    TimeExtent extent(kTimeUndefined, kTimeUndefined, kTimeUndefined);
+    GetExtent(extent, nullptr);
+    core_->Time = request->Time;
+    core_->ExtentStart = extent.Start;
+    core_->ExtentEnd = extent.End;
+
+    RunFrame(request);
+    EndFrame();
+}
+
+void OperatorK7::RunFrame(Request* request) {
+    const auto* main = dynamic_cast<const Image*>(request->GetInputData(mainInput_, 0));
+    const std::unique_ptr<K7Image> input = HostToK7Image(main);
+    if (!input) return; // without a picture, or memory for it, there is no output
+    const std::unique_ptr<K7Image> second = ReadSecondImage(request, main, *input);
+    ReadFrameValues(request);
+    const std::unique_ptr<K7Image> output = HostToK7Image(main);
+    if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
+
+    mainSlot_->Image = input.get();
+    if (secondSlot_) secondSlot_->Image = second.get();
+    outputSlot_->Image = output.get();
+    if (firstProcess_) core_->RefreshControls();
+    firstProcess_ = false;
+    core_->Process();
+    mainSlot_->Image = nullptr;
+    if (secondSlot_) secondSlot_->Image = nullptr;
+    outputSlot_->Image = nullptr;
+
+    Image* result = K7ImageToHost(*main, *output);
+    if (!result) return;
+    if (AbortFlag)
+        result->Recycle();
+    else
+        request->SetOutputData(output_, result);
+}
+
+std::unique_ptr<K7Image> OperatorK7::ReadSecondImage(Request* request, const Image* main,
+                                                     const K7Image& like) {
+    if (!secondSlot_) return nullptr;
+    const auto* image = dynamic_cast<const Image*>(request->GetInputData(secondInput_, 0));
+    if (secondUse_ == SecondImage::AtOtherTimes) {
+        secondSlot_->Input = image ? secondFrames_.get() : mainFrames_.get();
+        return nullptr;
+    }
+    return HostToK7Image(image ? image : main, like, core_.get());
+}
+
+void OperatorK7::ReadFrameValues(Request* request) {
+    RequestValues values(request);
+    const std::lock_guard lock(valuesMutex_);
+    frameInWork_ = true;
+    for (ControlK7* control : controls_) control->ReadValue(values);
+}
+
+void OperatorK7::EndFrame() {
+    std::optional<double> time;
+    {
+        const std::lock_guard lock(valuesMutex_);
+        frameInWork_ = false;
+        time = std::exchange(mirrorAfterFrame_, std::nullopt);
+    }
+    if (time) MirrorControls(*time);
+}
+
+void OperatorK7::MirrorControls(double time) {
+    InputValues values(time);
+    const std::lock_guard lock(valuesMutex_);
+    if (frameInWork_) {
+        mirrorAfterFrame_ = time;
+        return;
+    }
+    for (ControlK7* control : mirrored_) control->ReadValue(values);
+}
+
+void OperatorK7::WithValues(const std::function<void(bool frameInWork)>& action) {
+    const std::lock_guard lock(valuesMutex_);
+    action(frameInWork_);
+}
+
+// Changes.
+
+void OperatorK7::NotifyChanged(Input* in, Parameter* param, double time, TagList* tags) {
+    InputChanged(in);
+    if (!param) return;
+    if (Document && Document->Silent) return;
+    if (time != kTimeUndefined) MirrorControls(time);
+    for (auto& [control, reaction] : reactions_) {
+        const bool concerned =
+            std::any_of(std::begin(control->Input), std::end(control->Input), [&](ControlInput* input) {
+                return input && static_cast<HostInput*>(input)->Get() == in;
+            });
+        if (!concerned) continue;
+        if (control->Changing)
+            control->Changing = false;
+        else
+            reaction(time);
+    }
+    Operator::NotifyChanged(in, param, time, tags);
+}
+
+void OperatorK7::InputChanged(Input*) {}
+
+void OperatorK7::OnChange(ControlK7& control, Reaction reaction) {
+    reactions_.emplace_back(&control, std::move(reaction));
+}
+
+// The core's owner.
+
+void OperatorK7::ProcessChunk(Request*, long index) {
+    RunChunk(chunks_, core_.get(), static_cast<int>(index));
+}
+
+int OperatorK7::ProcessorCount() const {
+    return GetApp()->ProcessorCount;
+}
+
+void OperatorK7::DoMultiProcess(ChunkRecord& record, int chunks) {
+    ThreadedOperator::DoMultiProcess(static_cast<Request*>(record.Request), chunks);
+}
+
+bool OperatorK7::AbortRaised() const {
+    return AbortFlag.load(std::memory_order_relaxed);
+}
+
+void OperatorK7::TakeMessage(const char* text) {
+    GetApp()->Message(*this, text);
+}
+
+} // namespace k7

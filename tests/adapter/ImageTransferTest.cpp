@@ -1,0 +1,48 @@
+#include "frame/adapter/ImageTransfer.h"
+
+#include "tests/adapter/TestTool.h"
+#include "tests/support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+namespace k7::test {
+namespace {
+
+TEST(ImageTransfer, WordsLoseTheirLowestBitAndKeepFullScale) {
+    const int words[] = {0, 1, 2, 32766, 32767, 32768, 65534, 65535};
+    const host::Ref<host::Image> source(HostPicture(8, 1, [&](int x, int, int) { return words[x]; }));
+    const std::unique_ptr<K7Image> image = HostToK7Image(source.get());
+    const host::Ref<host::Image> back(K7ImageToHost(*source, *image));
+    for (int x = 0; x < 8; ++x) {
+        const int h = words[x];
+        EXPECT_EQ(PixelAt(*back, x, 0).Green, (h & ~1) | h >> 15) << h; // bit 0 becomes bit 15
+    }
+}
+
+TEST(ImageTransfer, WordsAboveFullScaleComeOutAsFullScale) {
+    const host::Ref<host::Image> like(HostPicture(1, 1, [](int, int, int) { return 0; }));
+    EXPECT_EQ(PixelAt(*host::Ref<host::Image>(K7ImageToHost(*like, *Flat(1, 1, 40000))), 0, 0).Alpha, 65535);
+}
+
+TEST(ImageTransfer, ChannelsRowsAndAspectAreCarriedOverFromBothKindsOfPlanes) {
+    for (host::Planes planes : {host::Planes::One, host::Planes::Two}) {
+        const host::Ref<host::Image> source(HostPicture(
+            3, 2, [](int x, int y, int c) { return 2 * (100 * x + 10 * y + c); }, planes));
+        source->AspectX = 2.0;
+        const std::unique_ptr<K7Image> image = HostToK7Image(source.get());
+        EXPECT_TRUE(
+            Same(*image, *MakePicture(3, 2, [](int x, int y, int c) { return 100 * x + 10 * y + c; })));
+        EXPECT_EQ(image->AspectX, 2.0);
+        const host::Ref<host::Image> back(K7ImageToHost(*source, *image));
+        EXPECT_EQ(PixelAt(*back, 2, 1).Blue, 2 * 212);
+        EXPECT_EQ(PixelAt(*back, 2, 1).Alpha, 2 * 213);
+    }
+}
+
+TEST(ImageTransfer, NoSourceGivesNoPicture) {
+    EXPECT_EQ(HostToK7Image(nullptr), nullptr);
+    EXPECT_FALSE(HostIntoK7Image(nullptr, *Flat(2, 2, 0)));
+}
+
+} // namespace
+} // namespace k7::test

@@ -1,0 +1,97 @@
+#include "filters/Clean.h"
+
+#include "tests/support/CoreRunner.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace k7::test {
+namespace {
+
+/// The median as its definition reads: sort the window, take the value of rank count / 2.
+Picture PlainMedian(const K7Image& in, int winX, int winY) {
+    return MakePicture(in.Width, in.Height, [&](int x, int y, int c) {
+        std::vector<u16> values;
+        for (int v = y - winY / 2; v < y - winY / 2 + winY; ++v)
+            for (int u = x - winX / 2; u < x - winX / 2 + winX; ++u)
+                if (u >= 0 && u < in.Width && v >= 0 && v < in.Height)
+                    values.push_back(in.Rows[v][4 * u + c]);
+        std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
+        return values[values.size() / 2];
+    });
+}
+
+/// Runs Clean with a window given in the picture's own pixels.
+Picture RunClean(K7Image& in, int winX, int winY, int threads = 1) {
+    in.WidthScale = 1.0f;
+    CoreRunner<Clean> runner;
+    runner.core.XRad.Value = winX;
+    runner.core.YRad.Value = winY;
+    return runner.Run(in, threads);
+}
+
+TEST(Clean, IsTheMedianOfEveryWindowOnEverySize) {
+    const int sizes[][2] = {{1, 1}, {1, 9}, {9, 1}, {2, 3}, {17, 13}, {33, 8}, {70, 19}};
+    const int windows[][2] = {{2, 2},   {3, 3},   {1, 9},   {9, 1},  {4, 5}, {11, 11}, {12, 11},
+                              {128, 1}, {1, 129}, {40, 40}, {2, 31}, {60, 2}}; // small ones and large ones
+    for (const auto& size : sizes)
+        for (const auto& window : windows) {
+            const Picture in = Noise(size[0], size[1]);
+            EXPECT_TRUE(Same(*RunClean(*in, window[0], window[1]), *PlainMedian(*in, window[0], window[1])))
+                << size[0] << " x " << size[1] << " window " << window[0] << " x " << window[1];
+        }
+}
+
+TEST(Clean, HandlesFewAndExtremeValues) {
+    for (int levels : {1, 2, 3}) {
+        Picture in = Noise(24, 20, 7);
+        for (int i = 0; i < 24 * 20 * 4; ++i)
+            in->Pixels[i] = static_cast<u16>(in->Pixels[i] % levels * (65535 / std::max(1, levels - 1)));
+        EXPECT_TRUE(Same(*RunClean(*in, 5, 3), *PlainMedian(*in, 5, 3))) << levels;
+    }
+}
+
+TEST(Clean, ThreadsDoNotChangeTheFrame) {
+    const Picture in = Noise(40, 23);
+    const Picture alone = RunClean(*in, 5, 7);
+    for (int threads : {2, 3, 8, 30}) EXPECT_TRUE(Same(*RunClean(*in, 5, 7, threads), *alone)) << threads;
+}
+
+TEST(Clean, WindowFollowsTheWidthOfTheFrame) {
+    Picture wide = Noise(1920, 3); // 1 / (720 / 1920) = 2.67: a window of 2 x 2
+    CoreRunner<Clean> runner;
+    runner.core.XRad.Value = runner.core.YRad.Value = 1;
+    EXPECT_TRUE(Same(*runner.Run(*wide), *PlainMedian(*wide, 2, 2)));
+    Picture standard = Noise(720, 3);
+    EXPECT_TRUE(Same(*runner.Run(*standard), *standard));
+}
+
+TEST(Clean, SizesBelowOneCountAsOne) {
+    const Picture in = Noise(12, 12);
+    EXPECT_TRUE(Same(*RunClean(*in, 0, 0), *in));
+    EXPECT_TRUE(Same(*RunClean(*in, -5, 3), *PlainMedian(*in, 1, 3)));
+    EXPECT_TRUE(Same(*RunClean(*in, 3, 0), *PlainMedian(*in, 3, 1)));
+    EXPECT_TRUE(Same(*RunClean(*in, 2147483647, 2147483647), *PlainMedian(*in, 99, 99)));
+}
+
+TEST(Clean, LeavesAlphaAloneWhenAsked) {
+    const Picture in = Noise(12, 9);
+    in->WidthScale = 1.0f;
+    CoreRunner<Clean> runner;
+    runner.core.XRad.Value = runner.core.YRad.Value = 3;
+    runner.core.ProcessAlpha = false;
+    const Picture want = PlainMedian(*in, 3, 3);
+    want->CopyAlpha(in.get());
+    EXPECT_TRUE(Same(*runner.Run(*in), *want));
+}
+
+TEST(Clean, AbortedFrameIsNotTouched) {
+    const Picture in = Noise(12, 9);
+    CoreRunner<Clean> runner;
+    runner.core.XRad.Value = runner.core.YRad.Value = 60;
+    runner.owner.Aborted = true;
+    EXPECT_TRUE(Same(*runner.Run(*in), *in));
+}
+
+} // namespace
+} // namespace k7::test
