@@ -1,0 +1,47 @@
+#pragma once
+
+#include "baselib/Buffer.h"
+#include "lens/DiffractionTables.h"
+#include "lens/Lights.h"
+#include "lens/Streaks.h"
+
+namespace k7 {
+
+class PluginK7;
+
+/// Scatters lights into planes. Workers share it by rows of the planes: each goes through all lights and
+/// writes to its rows alone. A cell gets its sum in the order of the lights, and from each light halo,
+/// streaks, glow, whoever works on it.
+template <class Real>
+class LightAccumulation {
+public:
+    /// Readies a frame. The lights and tables stay with the caller until it is done. The planes cover what
+    /// the lights reach, or with `whole` the frame. False without memory.
+    [[nodiscard]] bool Prepare(const LightList& lights, const FlareTables<Real>& tables,
+                               const StreakSetup<Real>& streaks, const StreakPairs<Real>& pairs, bool whole);
+
+    /// Gives back what Prepare has made.
+    void Free();
+
+    /// The part of the frame that the planes cover.
+    const PixelBox& Box() const { return box_; }
+
+    /// Makes rows `first` to `last` of the planes, counted from the bottom of the box. `core`, unless null,
+    /// is asked at each row of lights whether the frame is aborted.
+    void AccumulateLights(const PluginK7* core, int first, int last);
+
+    LightPlanes<Real> Planes() const { return {cells_.data(), box_}; }
+
+private:
+    PixelBox Reach() const;
+    void AccumulateBand(const PluginK7* core, int first, int last);
+
+    const LightList* lights_ = nullptr;
+    const FlareTables<Real>* tables_ = nullptr;
+    StreakSet<Real> streaks_;
+    PixelBox frame_{};
+    PixelBox box_{};
+    ImageBuffer<LightSum<Real>> cells_;
+};
+
+} // namespace k7

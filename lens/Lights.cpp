@@ -1,0 +1,41 @@
+#include "lens/Lights.h"
+
+#include <algorithm>
+
+namespace k7 {
+
+namespace {
+
+template <class Visit>
+void ForLights(const K7Image& map, const PixelBox& box, Visit visit) {
+    for (int y = box.Bottom; y < box.Top; ++y) {
+        const u16* pixel = map.Rows[y] + static_cast<std::size_t>(box.Left) * K7Image::Channels;
+        for (int x = box.Left; x < box.Right; ++x, pixel += K7Image::Channels)
+            if (pixel[0] | pixel[1] | pixel[2]) visit(Light{x, y, pixel[0], pixel[1], pixel[2]});
+    }
+}
+
+} // namespace
+
+bool LightList::Collect(const K7Image& lightMap, const PixelBox& box) {
+    std::size_t count = 0;
+    ForLights(lightMap, box, [&](const Light&) { ++count; });
+    lights_ = Buffer<Light>(count, "Flare", __LINE__);
+    if (lights_.size() != count) return false;
+    Light* next = lights_.begin();
+    ForLights(lightMap, box, [&](const Light& light) { *next++ = light; });
+    return true;
+}
+
+PixelBox LightList::Bounds() const {
+    if (size() == 0) return {0, 0, 0, 0};
+    PixelBox box{begin()->X, begin()->Y, begin()->X + 1, begin()->Y + 1};
+    for (const Light& light : *this) {
+        box.Left = std::min(box.Left, light.X);
+        box.Right = std::max(box.Right, light.X + 1);
+    }
+    box.Top = (end() - 1)->Y + 1;
+    return box;
+}
+
+} // namespace k7

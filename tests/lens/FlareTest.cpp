@@ -1,0 +1,386 @@
+#include "lens/Flare.h"
+
+#include "tests/support/CoreRunner.h"
+#include "tests/support/FakeInput.h"
+#include "tests/support/FlareDefaults.h"
+
+#include <cmath>
+#include <functional>
+#include <thread>
+
+namespace k7::test {
+namespace {
+
+/// Flare at its controls' defaults, which show the light map, but with the whole picture in its rectangle.
+class FlareStage {
+public:
+    FlareStage() {
+        SetDefaults(core);
+        core.Centre.Value = {0.5, 0.5};
+        core.ScaleX.Value = core.ScaleY.Value = 2.0;
+    }
+
+    Picture Run(K7Image& background, K7Image& light, int threads = 1) {
+        runner.owner.Threads = threads;
+        core.LightInput.Image = &light;
+        Picture output = runner.Run(background, core.Background);
+        core.LightInput.Image = nullptr;
+        return output;
+    }
+    Picture Run(K7Image& picture, int threads = 1) { return Run(picture, picture, threads); }
+
+    CoreRunner<Flare> runner;
+    Flare& core = runner.core;
+};
+
+/// Dark noise with a few bright pixels.
+Picture Night(int width = 90, int height = 70) {
+    const Picture noise = Noise(width, height);
+    return MakePicture(width, height, [&](int x, int y, int c) {
+        const int word = noise->Rows[y][4 * x + c];
+        return (x * 5 + y * 11) % 397 == 0 ? 30000 + word % 2768 : word / 4;
+    });
+}
+
+/// Black, with one pixel of a colour.
+Picture Spot(int width, int height, int x, int y, int r, int g, int b) {
+    Picture picture = Flat(width, height, 0);
+    u16* words = picture->Rows[y] + 4 * x;
+    words[0] = static_cast<u16>(r);
+    words[1] = static_cast<u16>(g);
+    words[2] = static_cast<u16>(b);
+    return picture;
+}
+
+TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
+    FlareStage stage;
+    const Picture in = MakePicture(200, 3, [](int x, int, int c) { return c == 3 ? 123 : 29400 + x; });
+    const Picture out = stage.Run(*in);
+    for (int x = 0; x < 200; ++x) {
+        EXPECT_EQ(out->Rows[1][4 * x], x >= 90 ? 29400 + x : 0) << x; // 90 per cent is level 29490
+        EXPECT_EQ(out->Rows[1][4 * x + 3], 123);
+    }
+}
+
+TEST(FlareLightMap, MeanOfTheChannelsCounts) {
+    FlareStage stage;
+    const Picture in = MakePicture(2, 1, [](int x, int, int c) {
+        return c == 0 ? 32767 : c == 1 ? 26000 : 29702 + x;
+    });
+    const Picture out = stage.Run(*in);
+    EXPECT_EQ(out->Rows[0][0], 0); // 29489.67 is truncated
+    EXPECT_EQ(out->Rows[0][4], 32767);
+}
+
+TEST(FlareLightMap, OpenLevelsTakeTheWholePicture) {
+    FlareStage stage;
+    const Picture in = Noise(30, 20);
+    stage.core.LowLight.Value = 0.0;
+    stage.core.ScaleX.Value = 0.01;
+    EXPECT_TRUE(Same(*stage.Run(*in), *in));
+    stage.core.LowLight.Value = 1.0;
+    EXPECT_FALSE(Same(*stage.Run(*in), *in));
+}
+
+TEST(FlareLightMap, LowAboveHighLeavesOneLevel) {
+    FlareStage stage;
+    stage.core.LowLight.Value = 50.0;
+    stage.core.HighLight.Value = 20.0;
+    const Picture in = MakePicture(5, 1, [](int x, int, int) { return 16381 + x; });
+    const Picture out = stage.Run(*in);
+    for (int x = 0; x < 5; ++x) EXPECT_EQ(out->Rows[0][4 * x], x == 2 ? 16383 : 0);
+}
+
+/// Counts the lit pixels of each axis through the centre of the rectangle.
+void ExpectRectangle(FlareStage& stage, int width, int height, const PixelBox& want) {
+    const Picture out = stage.Run(*Flat(width, height, 32767));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const bool inside = x >= want.Left && x < want.Right && y >= want.Bottom && y < want.Top;
+            ASSERT_EQ(out->Rows[y][4 * x], inside ? 32767 : 0) << x << " " << y;
+        }
+}
+
+TEST(FlareLightMap, RectangleHasTheFramesShapeOrItsOwn) {
+    FlareStage stage;
+    stage.core.Centre.Value = {0.5, 0.5};
+    stage.core.ScaleX.Value = 0.2;
+    stage.core.ScaleY.Value = 0.8;
+    ExpectRectangle(stage, 100, 50, {41, 21, 61, 31});
+    stage.core.MatchScales.Value = 0;
+    ExpectRectangle(stage, 100, 50, {41, 6, 61, 46});
+    stage.core.ScaleX.Value = -0.2; // bounds change places
+    ExpectRectangle(stage, 100, 50, {42, 6, 60, 46});
+    stage.core.Centre.Value = {0.0, 5.0};
+    ExpectRectangle(stage, 100, 50, {0, 0, 0, 0});
+    stage.core.ScaleX.Value = stage.core.ScaleY.Value = 1e300;
+    ExpectRectangle(stage, 100, 50, {0, 0, 100, 50});
+}
+
+TEST(FlareGhosts, LieBeyondTheCentreAndFadeByTheirNumber) {
+    FlareStage stage;
+    stage.core.Reflections.Value = 2;
+    stage.core.Reflectivity.Value = 75.0;
+    const Picture out = stage.Run(*Spot(101, 101, 10, 30, 30000, 30000, 32000));
+    int lit = 0;
+    for (int i = 0; i < 101 * 101; ++i) lit += out->Pixels[4 * i] != 0;
+    EXPECT_EQ(lit, 3);
+    EXPECT_EQ(out->Rows[30][4 * 10], 30000);
+    EXPECT_EQ(out->Rows[60][4 * 70], 11250); // half way: 30000 x 0.75 / 2
+    EXPECT_EQ(out->Rows[70][4 * 90], 7500);  // mirrored: 30000 x 0.75 / 3
+    EXPECT_EQ(out->Rows[70][4 * 90 + 2], 8000);
+}
+
+TEST(FlareGhosts, LeaveTheFrameOrMeetAtFullScale) {
+    FlareStage stage;
+    stage.core.Reflections.Value = 1;
+    stage.core.Reflectivity.Value = 500.0; // as 100
+    stage.core.ReflScale.Value = 300.0;
+    const Picture spot = Spot(101, 101, 10, 30, 30000, 30000, 30000);
+    EXPECT_EQ(stage.Run(*spot)->Rows[70][4 * 90], 0);
+
+    stage.core.ReflScale.Value = 0.0;
+    const Picture three =
+        MakePicture(101, 101, [](int x, int y, int) { return y == 3 && x < 3 ? 30000 : 0; });
+    EXPECT_EQ(stage.Run(*three)->Rows[50][4 * 50], 32767); // 3 x 15000
+    stage.core.Reflections.Value = 2147483647;
+    EXPECT_EQ(stage.Run(*spot)->Rows[50][4 * 50], 32767);
+    stage.core.Reflections.Value = -2147483647 - 1;
+    EXPECT_TRUE(Same(*stage.Run(*spot), *spot));
+}
+
+TEST(FlareGhosts, NeedMoreThanALineOfPixels) {
+    FlareStage stage;
+    stage.core.Reflections.Value = 3;
+    for (const auto& [width, height] : {std::pair{1, 1}, {1, 30}, {30, 1}}) {
+        const Picture in = Flat(width, height, 32000);
+        EXPECT_TRUE(Same(*stage.Run(*in), *in));
+    }
+}
+
+class FlareFrame : public testing::Test {
+protected:
+    FlareFrame() { stage.core.LightMapOnly.Value = 0; }
+    FlareStage stage;
+};
+
+TEST_F(FlareFrame, DarkPictureStaysAsItIs) {
+    const Picture in = Noise(60, 40);
+    EXPECT_TRUE(Same(*stage.Run(*in, *Flat(60, 40, 0)), *in));
+}
+
+TEST_F(FlareFrame, OnlyAddsLight) {
+    const Picture in = Night();
+    const Picture out = stage.Run(*in);
+    int brighter = 0;
+    for (int i = 0; i < 90 * 70 * 4; ++i) {
+        ASSERT_GE(out->Pixels[i], in->Pixels[i]);
+        brighter += out->Pixels[i] > in->Pixels[i];
+    }
+    EXPECT_GT(brighter, 1000);
+}
+
+TEST_F(FlareFrame, AlphaFollowsTheWeightedSumOfTheLight) {
+    const Picture out = stage.Run(*Flat(90, 70, 0), *Spot(90, 70, 45, 35, 32767, 32767, 32767));
+    for (int i = 0; i < 90 * 70; ++i) {
+        const u16* words = out->Pixels + 4 * i;
+        EXPECT_EQ(words[3], (5 * words[0] + 8 * words[1] + 3 * words[2]) >> 4);
+    }
+}
+
+TEST_F(FlareFrame, IsTheSameForEveryThreadCountFrameAndInstance) {
+    const Picture in = Night();
+    stage.core.Reflections.Value = 2;
+    const Picture first = stage.Run(*in);
+    for (int threads : {2, 3, 16, 200}) EXPECT_TRUE(Same(*stage.Run(*in, threads), *first)) << threads;
+
+    stage.core.Contrast.Value = 60.0; // other tables in between
+    stage.core.HaloFringes.Value = 7;
+    EXPECT_FALSE(Same(*stage.Run(*in), *first));
+    stage.core.Contrast.Value = 135.0;
+    stage.core.HaloFringes.Value = 100;
+    EXPECT_TRUE(Same(*stage.Run(*in), *first));
+
+    Picture there;
+    std::thread other([&] {
+        FlareStage second;
+        second.core.LightMapOnly.Value = 0;
+        second.core.Reflections.Value = 2;
+        second.runner.owner.OnThreads = true;
+        there = second.Run(*in, 3);
+    });
+    EXPECT_TRUE(Same(*stage.Run(*in), *first));
+    other.join();
+    EXPECT_TRUE(Same(*there, *first));
+}
+
+TEST_F(FlareFrame, StreaksKeepTheDrawOfTheFirstFrame) {
+    const Picture in = Night();
+    const Picture first = stage.Run(*in);
+    FlareStage later;
+    later.core.LightMapOnly.Value = 0;
+    later.core.HaloFringes.Value = 99; // fewer draws before the streaks' own
+    (void)later.Run(*in);
+    later.core.HaloFringes.Value = 100;
+    EXPECT_FALSE(Same(*later.Run(*in), *first));
+    stage.core.Streaks.Value = later.core.Streaks.Value = 0;
+    EXPECT_TRUE(Same(*later.Run(*in), *stage.Run(*in)));
+}
+
+TEST_F(FlareFrame, LightsMayComeFromAnotherPicture) {
+    const Picture spot = Spot(90, 70, 20, 30, 32767, 30000, 32767);
+    const Picture dark = Flat(90, 70, 0);
+    const Picture grey = Flat(90, 70, 1000);
+    const Picture light = stage.Run(*dark, *spot);
+    const Picture out = stage.Run(*grey, *spot);
+    for (int i = 0; i < 90 * 70 * 4; ++i) EXPECT_EQ(out->Pixels[i], std::min(light->Pixels[i] + 1000, 32767));
+}
+
+TEST_F(FlareFrame, HaloKeepsItsSizeInTheFrame) {
+    stage.core.Streaks.Value = stage.core.HaloFringes.Value = 0;
+    stage.core.GlowStrength.Value = 0.0;
+    stage.core.Aperture.Value = 1.0;
+    const auto radius = [&](int width) {
+        const Picture out =
+            stage.Run(*Flat(width, 200, 0), *Spot(width, 200, width / 2, 100, 32767, 32767, 32767));
+        int x = width / 2;
+        while (out->Rows[100][4 * x] > 0) ++x;
+        return x - width / 2;
+    };
+    const int small = radius(360);
+    EXPECT_GT(small, 10);
+    EXPECT_NEAR(radius(720), 2 * small, 4);
+}
+
+TEST_F(FlareFrame, ApertureWithoutADarkRingLeavesThePicture) {
+    const Picture in = Night();
+    in->WidthScale = 1.0f;
+    for (double aperture : {0.0, -4.0, 0.0006, std::nan("")}) {
+        stage.core.Aperture.Value = aperture;
+        EXPECT_TRUE(Same(*stage.Run(*in), *in));
+        stage.core.LightMapOnly.Value = 1;
+        EXPECT_TRUE(Same(*stage.Run(*in), *in));
+        stage.core.LightMapOnly.Value = 0;
+    }
+}
+
+TEST_F(FlareFrame, ContrastBendsTheCurve) {
+    stage.core.Streaks.Value = 0;
+    const Picture dark = Flat(90, 70, 0);
+    const Picture spot = Spot(90, 70, 45, 35, 32767, 32767, 32767);
+    const auto at = [&](double contrast) {
+        stage.core.Contrast.Value = contrast;
+        return static_cast<int>(stage.Run(*dark, *spot)->Rows[35][4 * 46]);
+    };
+    const int linear = at(100.0);
+    EXPECT_GT(linear, 0);
+    EXPECT_LT(at(50.0), linear);
+    EXPECT_GT(at(200.0), linear);
+    EXPECT_EQ(at(0.0), 0);              // everything below the top is dark
+    stage.core.Contrast.Value = -100.0; // darkness itself becomes white
+    EXPECT_TRUE(Same(*stage.Run(*dark, *spot), *Flat(90, 70, 32767)));
+}
+
+TEST_F(FlareFrame, HostileValuesGiveAFrame) {
+    const double inf = std::numeric_limits<double>::infinity();
+    const Picture in = Night(40, 30);
+    FloatControlK7 Flare::*const controls[] = {
+        &Flare::HaloStrength, &Flare::HaloFrnStr, &Flare::Contrast,       &Flare::Reflectivity,
+        &Flare::ReflScale,    &Flare::MonoStreak, &Flare::StreakStrength, &Flare::GlowRadius,
+        &Flare::GlowStrength, &Flare::StreakRot};
+    for (auto control : controls)
+        for (double value : {inf, -inf, std::nan(""), 1e30, -1e30, 0.0}) {
+            FlareStage hostile;
+            hostile.core.LightMapOnly.Value = 0;
+            hostile.core.Reflections.Value = 2;
+            (hostile.core.*control).Value = value;
+            const Picture out = hostile.Run(*in);
+            for (int i = 0; i < 40 * 30 * 4; ++i) ASSERT_LE(out->Pixels[i], 32767);
+        }
+}
+
+TEST_F(FlareFrame, AbortedFrameIsLeftAtOnce) {
+    const Picture in = Night();
+    stage.runner.owner.Aborted = true;
+    EXPECT_TRUE(Same(*stage.Run(*in), *in));
+}
+
+/// Flare with an input in memory behind each control.
+class FlareControls : public testing::Test {
+protected:
+    FlareControls() {
+        ControlK7* const controls[] = {
+            &core.Aperture,       &core.HaloFringes, &core.HaloStrength, &core.HaloFrnStr,
+            &core.Contrast,       &core.Reflections, &core.Reflectivity, &core.ReflScale,
+            &core.Streaks,        &core.MonoStreak,  &core.StreakLength, &core.StreakRot,
+            &core.StreakStrength, &core.GlowRadius,  &core.GlowStrength, &core.LightMapOnly,
+            &core.MatchScales,    &core.ScaleY,      &core.LowLight,     &core.HighLight};
+        int i = 0;
+        for (ControlK7* control : controls) control->Input[0] = &inputs[i++];
+        for (int c = 0; c < 4; ++c) {
+            core.Low.Input[c] = &low[c];
+            core.High.Input[c] = &high[c];
+        }
+    }
+    static FakeInput& Of(ControlK7& control) { return static_cast<FakeInput&>(*control.Input[0]); }
+
+    Flare core;
+    FakeInput inputs[20], low[4], high[4];
+};
+
+TEST_F(FlareControls, MapOnlyHidesTheLookOfTheLight) {
+    Of(core.LightMapOnly).X = 1;
+    core.LightMapOnlyChanged();
+    for (ControlK7* control :
+         {static_cast<ControlK7*>(&core.Aperture), static_cast<ControlK7*>(&core.Reflections),
+          static_cast<ControlK7*>(&core.GlowStrength)})
+        EXPECT_FALSE(Of(*control).Shown);
+    EXPECT_TRUE(Of(core.ScaleY).Shown);
+    Of(core.LightMapOnly).X = 0;
+    core.LightMapOnlyChanged();
+    EXPECT_TRUE(Of(core.Aperture).Shown);
+    EXPECT_FALSE(Of(core.Reflectivity).Shown);
+}
+
+TEST_F(FlareControls, GhostsBringTheirControls) {
+    Of(core.Reflections).X = 3;
+    core.ReflectionsChanged();
+    EXPECT_TRUE(Of(core.Reflectivity).Shown);
+    EXPECT_TRUE(Of(core.ReflScale).Shown);
+    Of(core.LightMapOnly).X = 1;
+    core.LightMapOnlyChanged();
+    EXPECT_TRUE(Of(core.ReflScale).Shown); // ghosts show in the map
+    Of(core.Reflections).X = 0;
+    core.RefreshControls();
+    EXPECT_FALSE(Of(core.ReflScale).Shown);
+}
+
+TEST_F(FlareControls, MatchedScalesHideTheSecond) {
+    Of(core.MatchScales).X = 3;
+    core.MatchScalesChanged();
+    EXPECT_FALSE(Of(core.ScaleY).Shown);
+    Of(core.MatchScales).X = 0;
+    core.MatchScalesChanged();
+    EXPECT_TRUE(Of(core.ScaleY).Shown);
+}
+
+TEST_F(FlareControls, SwatchAndLevelFollowEachOther) {
+    core.LowLight.Value = 90.0;
+    core.LowLightChanged(7.0);
+    EXPECT_EQ(core.Low.Value[1], 29490);
+    for (int c = 0; c < 3; ++c) EXPECT_FLOAT_EQ(static_cast<float>(low[c].X), 29490.0f / 32767.0f);
+    EXPECT_EQ(low[3].X, 0.0);
+    EXPECT_EQ(low[0].LastTime, 7.0);
+    EXPECT_EQ(Of(core.LowLight).Writes, 0);
+
+    core.High.Value[0] = 32767;
+    core.High.Value[1] = 16384;
+    core.High.Value[2] = 0;
+    core.HighChanged(8.0);
+    EXPECT_FLOAT_EQ(static_cast<float>(high[1].X), 16384.0f / 32767.0f); // 16383.67 rounded
+    EXPECT_FLOAT_EQ(static_cast<float>(Of(core.HighLight).X), 16384.0f / 32767.0f * 100.0f);
+    EXPECT_TRUE(core.HighLight.Changing) << "its echo is to be ignored";
+}
+
+} // namespace
+} // namespace k7::test

@@ -1,0 +1,209 @@
+#include "lens/LightAccumulation.h"
+
+#include "tests/lens/PlainLight.h"
+#include "tests/support/Pictures.h"
+
+#include <cmath>
+#include <limits>
+
+namespace k7::test {
+namespace {
+
+/// All that a frame of lights is made from.
+template <class Real>
+struct Scene {
+    Scene(int width, int height, float aspect = 1.0f)
+        : map(Flat(width, height, 0))
+        , setup{3, 20, 30, aspect, width, height} {
+        random.Seed(-1);
+        for (auto& pair : pairs) pair = {static_cast<Real>(random() * 3.1415926), random()};
+    }
+
+    void Light(int x, int y, int r = 32767, int g = 20000, int b = 1000) {
+        u16* words = map->Rows[y] + 4 * x;
+        words[0] = static_cast<u16>(r);
+        words[1] = static_cast<u16>(g);
+        words[2] = static_cast<u16>(b);
+    }
+
+    void MakeTables(Real aperture = 1, Real glow = 6) {
+        const int angles = Trunc(setup.Length * 2);
+        ASSERT_TRUE(tables.MakeHalo(clr, {aperture, 5, 20, static_cast<Real>(0.5), setup.Aspect}, random));
+        ASSERT_TRUE(tables.MakeStreaks(clr, {angles, StreakEntries(setup), 10, static_cast<Real>(0.05)}));
+        ASSERT_TRUE(tables.MakeGlow({glow, 40, setup.Aspect}, random));
+    }
+
+    /// Accumulates in chunks of rows and gives the planes over the whole frame.
+    std::vector<Real> Accumulate(int chunks = 1, bool whole = false) {
+        LightList lights;
+        EXPECT_TRUE(lights.Collect(*map, {0, 0, map->Width, map->Height}));
+        EXPECT_TRUE(accumulation.Prepare(lights, tables, setup, pairs, whole));
+        const PixelBox& box = accumulation.Box();
+        for (int i = chunks - 1; i >= 0; --i)
+            accumulation.AccumulateLights(nullptr, box.Height() * i / chunks,
+                                          box.Height() * (i + 1) / chunks - 1);
+        std::vector<Real> planes(static_cast<std::size_t>(map->Width * map->Height * 3), 0);
+        for (int y = box.Bottom; y < box.Top; ++y)
+            for (int x = box.Left; x < box.Right; ++x) {
+                const LightSum<Real>& cell = accumulation.Planes().At(x, y);
+                Real* to = &planes[static_cast<std::size_t>(3 * (y * map->Width + x))];
+                to[0] = cell.R;
+                to[1] = cell.G;
+                to[2] = cell.B;
+            }
+        return planes;
+    }
+
+    std::vector<Real> Plain() const {
+        const PlainLight<Real> plain(*map, tables, setup, pairs);
+        std::vector<Real> planes;
+        for (std::size_t i = 0; i < plain.Planes[0].size(); ++i)
+            for (const auto& plane : plain.Planes) planes.push_back(plane[i]);
+        return planes;
+    }
+
+    Picture map;
+    StreakSetup<Real> setup;
+    StreakPairs<Real> pairs;
+    Ran1 random;
+    CLRK7 clr;
+    FlareTables<Real> tables;
+    LightAccumulation<Real> accumulation;
+};
+
+template <class Real>
+testing::AssertionResult SameSums(const std::vector<Real>& got, const std::vector<Real>& want, int width) {
+    for (std::size_t i = 0; i < want.size(); ++i)
+        if (got[i] != want[i])
+            return testing::AssertionFailure() << "at x " << i / 3 % static_cast<std::size_t>(width) << " y "
+                                               << i / 3 / static_cast<std::size_t>(width) << " channel "
+                                               << i % 3 << ": got " << got[i] << ", want " << want[i];
+    return testing::AssertionSuccess();
+}
+
+template <class Real>
+class LightAccumulationOf : public testing::Test {};
+using Widths = testing::Types<double, float>;
+TYPED_TEST_SUITE(LightAccumulationOf, Widths);
+
+TYPED_TEST(LightAccumulationOf, IsTheSumOfItsDefinitionToTheLastBit) {
+    for (float aspect : {1.0f, 0.5f, 1.1f, 2.0f})
+        for (const auto& [width, height] : {std::pair{60, 47}, {1, 40}, {40, 1}, {1, 1}, {200, 9}}) {
+            Scene<TypeParam> scene(width, height, aspect);
+            for (int i = 0; i < 25; ++i)
+                scene.Light(i * 7 % width, i * 13 % height, 1000 * i + 1, 500 * i, 32767);
+            scene.Light(0, 0);
+            scene.Light(width - 1, height - 1);
+            scene.MakeTables();
+            const auto plain = scene.Plain();
+            for (int chunks : {1, 2, 5, 50})
+                EXPECT_TRUE(SameSums(scene.Accumulate(chunks), plain, width))
+                    << width << " x " << height << " aspect " << aspect << " chunks " << chunks;
+        }
+}
+
+TYPED_TEST(LightAccumulationOf, DrawsStreaksOfEveryNumberAndLength) {
+    for (int count : {0, 1, 40, 1000})
+        for (int length : {-5, 0, 1, 2, 37, 400}) {
+            Scene<TypeParam> scene(70, 50);
+            scene.Light(3, 2);
+            scene.Light(35, 25);
+            scene.Light(69, 40);
+            scene.setup.Count = count;
+            scene.setup.Length = static_cast<TypeParam>(length + 0.4);
+            scene.MakeTables();
+            EXPECT_TRUE(SameSums(scene.Accumulate(3), scene.Plain(), 70)) << count << " of " << length;
+        }
+}
+
+TYPED_TEST(LightAccumulationOf, NumberAndLengthOfStreaksHaveTheirEnds) {
+    Scene<TypeParam> scene(40, 30);
+    scene.Light(20, 15);
+    scene.setup.Count = kMostStreaks;
+    scene.MakeTables();
+    const auto most = scene.Accumulate();
+    scene.setup.Count = 2147483647;
+    EXPECT_EQ(scene.Accumulate(), most);
+
+    scene.setup.Count = 5;
+    scene.setup.Length = static_cast<TypeParam>(1e9);
+    scene.MakeTables();
+    for (TypeParam sum : scene.Accumulate()) EXPECT_TRUE(std::isfinite(sum));
+}
+
+TYPED_TEST(LightAccumulationOf, RotationThatIsNotFiniteLaysStreaksAlongTheRows) {
+    for (double rotation : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+        Scene<TypeParam> scene(90, 9);
+        scene.Light(45, 4);
+        scene.setup.Rotation = static_cast<TypeParam>(rotation);
+        scene.MakeTables(100, static_cast<TypeParam>(0.01));
+        const auto sums = scene.Accumulate();
+        for (int x = 0; x < 90; ++x)
+            for (int y : {2, 6}) EXPECT_EQ(sums[static_cast<std::size_t>(3 * (y * 90 + x))], 0);
+        EXPECT_GT(sums[static_cast<std::size_t>(3 * (4 * 90 + 60))], 0);
+    }
+}
+
+TYPED_TEST(LightAccumulationOf, BandsOfRowsChangeNothing) {
+    Scene<TypeParam> scene(5000, 60); // a few dozen rows of it fill a band
+    for (int i = 0; i < 12; ++i) scene.Light(400 * i, 5 * i);
+    scene.setup.Length = 90;
+    scene.MakeTables();
+    EXPECT_TRUE(SameSums(scene.Accumulate(), scene.Plain(), 5000));
+}
+
+TYPED_TEST(LightAccumulationOf, OneLightIsItsKernelsTimesItsColour) {
+    using Real = TypeParam;
+    Scene<Real> scene(80, 70);
+    scene.Light(40, 35, 1000, 2000, 3000);
+    scene.setup.Count = 0;
+    scene.MakeTables();
+    const auto sums = scene.Accumulate();
+    const int h = scene.tables.Halo().Radius;
+    const int g = scene.tables.Glow().Radius;
+    const auto kernel = [](const auto& cells, int radius, int dx, int dy) {
+        return cells[static_cast<std::size_t>((dy + radius) * (2 * radius + 1) + dx + radius)];
+    };
+    for (int dy = -g; dy <= g; ++dy)
+        for (int dx = -g; dx <= g; ++dx) {
+            const auto halo = kernel(scene.tables.Halo().Entries, h, dx, dy);
+            const Real glow = kernel(scene.tables.Glow().Weights, g, dx, dy);
+            const Real* cell = &sums[static_cast<std::size_t>(3 * ((35 + dy) * 80 + 40 + dx))];
+            EXPECT_EQ(cell[0], 1000 * halo.R + 1000 * glow);
+            EXPECT_EQ(cell[2], 3000 * halo.B + 3000 * glow);
+        }
+}
+
+TYPED_TEST(LightAccumulationOf, PlanesCoverWhatLightReaches) {
+    Scene<TypeParam> scene(300, 200);
+    scene.MakeTables();
+    scene.Accumulate();
+    EXPECT_EQ(scene.accumulation.Box().Height(), 0);
+    scene.Accumulate(2, true);
+    EXPECT_EQ(scene.accumulation.Box().Width(), 300);
+    EXPECT_EQ(scene.accumulation.Box().Height(), 200);
+    scene.Light(20, 100);
+    EXPECT_TRUE(SameSums(scene.Accumulate(), scene.Plain(), 300));
+    EXPECT_EQ(scene.accumulation.Box().Left, 0);
+    EXPECT_LT(scene.accumulation.Box().Right, 100);
+}
+
+TYPED_TEST(LightAccumulationOf, StreaksTaperTowardsTheirEnds) {
+    Scene<TypeParam> scene(121, 9);
+    scene.Light(60, 4);
+    scene.setup = {1, 30, 0, 1.0f, 121, 9};
+    scene.pairs[0] = {0, 0}; // along the row, of exactly one length
+    scene.MakeTables(100, static_cast<TypeParam>(0.01));
+    const auto sums = scene.Accumulate();
+    const auto red = [&](int x) { return sums[static_cast<std::size_t>(3 * (4 * 121 + x))]; };
+    EXPECT_GT(red(61), red(75));
+    EXPECT_GT(red(84), red(88)); // within the fade
+    EXPECT_EQ(red(90), 0);       // at its end nothing is left
+    EXPECT_EQ(red(95), 0);
+    EXPECT_EQ(red(35), red(85)); // the arms are alike
+    for (int x = 62; x < 90; ++x)
+        EXPECT_EQ(sums[static_cast<std::size_t>(3 * (5 * 121 + x))], 0) << "no side pixel";
+}
+
+} // namespace
+} // namespace k7::test
