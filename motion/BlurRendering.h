@@ -1,0 +1,67 @@
+#pragma once
+
+#include "baselib/Buffer.h"
+#include "motion/MotionField.h"
+
+namespace k7 {
+
+class K7Image;
+class PluginK7;
+
+/// How light is laid along the paths.
+struct BlurPaths {
+    int StepLimit = 2;        ///< most samples on a path; below 2 counts as 2
+    float Scale = 1.0f;       ///< length of a path, in vectors
+    float StartWeight = 1.0f; ///< weights at the ends of a path; below 1 counts as 1
+    float EndWeight = 1.0f;
+};
+
+/// Makes a frame with motion blur. It moves light instead of filtering: every pixel of the earlier frame is
+/// laid down along its path again and again, turning into the colour that its vector finds in the later
+/// frame. Gaps between the paths are filled from coarser copies of the canvas.
+class BlurRenderer {
+public:
+    /// Makes what frames of a size need. Buffers are numbered from `number` on in the message. False without
+    /// memory.
+    [[nodiscard]] bool MakeBuffers(int width, int height, int number);
+
+    /// Fills `output`; all pictures and the field have the buffers' size. Vectors of pictures less than 3
+    /// pixels wide or high must be zero. Every chunk drops the share that a path's end less than a row below
+    /// the chunk would give to its first row, so that the division into chunks shows there; otherwise threads
+    /// do not change the frame. `core` gives the threads.
+    void RenderBlur(PluginK7& core, K7Image& output, const K7Image& previous, const K7Image& current,
+                    const MotionField& field, BlurPaths paths);
+
+private:
+    static constexpr int kLevels = 10;
+
+    /// A canvas or a coarser copy of it. A cell holds the sum of weight x colour, and the sum of weight.
+    struct Level {
+        int Width = 0;
+        int Height = 0;
+        float* Colour = nullptr; ///< 4 channels a cell
+        float* Weight = nullptr;
+    };
+
+    /// How far the vectors of a row reach up and down.
+    struct RowReach {
+        float low;
+        float high;
+    };
+
+    class Splatter;
+
+    void FindReach(const MotionField& field, int first, int last);
+    static void HalveRows(const Level& source, const Level& target, int first, int last);
+    void ResolveRow(K7Image& output, int y) const;
+
+    int levelCount_ = 0;
+    Level levels_[kLevels];
+    ImageBuffer<float> colour_; ///< of the canvas
+    ImageBuffer<float> weight_;
+    ImageBuffer<float> coarseColour_; ///< of the levels above it, one behind the other
+    ImageBuffer<float> coarseWeight_;
+    ImageBuffer<RowReach> reach_;
+};
+
+} // namespace k7

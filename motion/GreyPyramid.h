@@ -1,0 +1,44 @@
+#pragma once
+
+#include "baselib/Buffer.h"
+#include "motion/BlockMatch.h"
+
+namespace k7 {
+
+class K7Image;
+class PluginK7;
+
+/// Least and greatest luma, in 256ths of a picture word.
+struct LumaRange {
+    int low = 0;
+    int high = 0;
+};
+
+/// The range of two pictures together.
+LumaRange FindLumaRange(PluginK7& core, const K7Image& first, const K7Image& second);
+
+/// Weights of a sampled Gaussian of sigma = size / 3 that reaches to ceil(size) pixels, without those below
+/// 1e-5 of the middle; an odd number that sums to 1. A size below 0.01 counts as 0.01. Null without memory.
+Buffer<float> MakeBlurKernel(float size);
+
+/// A picture as blurred grey at full size and at a half, a quarter and an eighth of it.
+class GreyPyramid {
+public:
+    static constexpr int kLevels = 4;
+
+    /// Makes the levels for a picture size. `number` is the buffer's, for the message without memory.
+    [[nodiscard]] bool Make(int width, int height, int number);
+
+    /// Takes a picture of that size: its luma over the range becomes 0 to 255, blurred with the kernel; a
+    /// flat range gives 0. False without memory.
+    [[nodiscard]] bool Fill(PluginK7& core, const K7Image& picture, LumaRange range,
+                            const Buffer<float>& kernel);
+
+    const GreyLevel& operator[](int level) const { return levels_[level]; }
+
+private:
+    ImageBuffer<std::uint8_t> store_; ///< the levels, one behind the other
+    GreyLevel levels_[kLevels];
+};
+
+} // namespace k7

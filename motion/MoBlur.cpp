@@ -1,0 +1,230 @@
+#include "motion/MoBlur.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace k7 {
+
+namespace {
+
+/// Every so many pixels a vector is drawn, with a head of this size.
+constexpr int kArrowStep = 10;
+constexpr float kArrowSize = 0.3f;
+
+/// A percentage of full scale.
+double Percent(double value) {
+    return value * 32767.0 * 0.01f;
+}
+
+bool HasSizeOf(const std::unique_ptr<K7Image>& image, const K7Image& like) {
+    return image && image->Width == like.Width && image->Height == like.Height;
+}
+
+/// Makes an image of the size of another unless it is there. False without memory.
+bool MakeImage(std::unique_ptr<K7Image>& image, const K7Image& like) {
+    if (HasSizeOf(image, like)) return true;
+    image = nullptr; // first, so that the two do not need memory at once
+    image = K7Image::Make(like.Width, like.Height);
+    return image != nullptr;
+}
+
+} // namespace
+
+void MoBlur::Process() {
+    if (IsAborted()) return;
+    Publish(nullptr);
+    const Box region = Region();
+    if (Prss.Value != 0 && MakeBuffers()) RenderFrame(region);
+    if (!ProcessAlpha) Output.Image->CopyAlpha(ImageInput.Image);
+}
+
+void MoBlur::RefreshControls() {
+    int matched = 0;
+    Maes.Get(kTimeNow, &matched);
+    YSle.SetHidden(matched != 0);
+}
+
+void MoBlur::AutoBoundChanged(double time) {
+    int bound = 0;
+    Aund.Get(time, &bound);
+    ABsh.SetHidden(bound != 1);
+    Auey.SetDisabled(bound != 1);
+    if (bound == 1) Maes.Set(kTimeNow, 0);
+}
+
+void MoBlur::RenderFrame(const Box& region) {
+    // The first frame, and one whose predecessor cannot be read, is compared with itself.
+    const K7Image& current = *ImageInput.Image;
+    const bool before =
+        Time > 0.0 && ImageInput.Input && ImageInput.Input->ReadInputAtTime(Time - 1.0, *previousFrame_);
+    const K7Image& previous = before ? *previousFrame_ : current;
+
+    MotionSearch search;
+    search.PreBlur = static_cast<float>(Prur.Value);
+    search.OutlierLimit = static_cast<float>(Percent(LTsh.Value));
+    search.FirstColumn = region.FirstColumn;
+    search.LastColumn = region.LastColumn;
+    search.FirstRow = region.FirstRow;
+    search.LastRow = region.LastRow;
+    const MotionField* field = estimator_.EstimateMotion(*this, previous, current, search);
+    if (!field || IsAborted()) return; // the output still is the copy of the input
+
+    BlurPaths paths;
+    paths.StepLimit = Trunc(Maps.Value + 1.0);
+    paths.Scale = static_cast<float>(LSle.Value);
+    paths.StartWeight = static_cast<float>(Stht.Value);
+    paths.EndWeight = static_cast<float>(Enht.Value);
+    renderer_.RenderBlur(*this, *Output.Image, previous, current, *field, paths);
+    Publish(field);
+}
+
+bool MoBlur::MakeBuffers() {
+    const K7Image& frame = *Output.Image;
+    if (HasSizeOf(previousFrame_, frame)) return true;
+    if (MakeImage(previousFrame_, frame) && estimator_.MakeBuffers(frame.Width, frame.Height) &&
+        renderer_.MakeBuffers(frame.Width, frame.Height, MotionEstimator::kBuffers))
+        return true;
+
+    // Give back what was made; the next frame tries again.
+    previousFrame_ = nullptr;
+    estimator_ = {};
+    renderer_ = {};
+    return false;
+}
+
+MoBlur::Box MoBlur::Region() {
+    Box bounds;
+    const double frame = std::trunc(Time);
+    if (Aund.Value == 0 || !FindBounds(frame - 1.0, &bounds)) return RegionOfControls();
+    WriteRegion(bounds);
+    return bounds;
+}
+
+MoBlur::Box MoBlur::RegionOfControls() const {
+    const double width = Output.Image->Width;
+    const double height = Output.Image->Height;
+    const double scaleY = Maes.Value != 0 ? XSle.Value : YSle.Value;
+    return {Trunc((Cere.Value.x - XSle.Value * 0.5) * width),
+            Trunc((Cere.Value.x + XSle.Value * 0.5) * width),
+            Trunc(height * Cere.Value.y - width * 0.5 * scaleY),
+            Trunc(height * Cere.Value.y + width * 0.5 * scaleY)};
+}
+
+bool MoBlur::FindBounds(double frame, Box* bounds) {
+    FrameSource* matte = MatteInput.Input;
+    if (!matte || !MakeImage(boundsFrame_, *Output.Image)) return false;
+
+    const double lastFrame = std::trunc(ExtentEnd) - 1.0;
+    const double first = std::max(std::min(frame, lastFrame), 0.0);
+    const double second = std::max(std::min(first + 1.0, lastFrame), 0.0);
+    if (!matte->ReadInputAtTime(first, *boundsFrame_)) return false;
+    *bounds = BrightBox(*boundsFrame_);
+    if (!matte->ReadInputAtTime(second, *boundsFrame_)) return false;
+    const Box other = BrightBox(*boundsFrame_);
+    bounds->FirstColumn = std::min(bounds->FirstColumn, other.FirstColumn);
+    bounds->LastColumn = std::max(bounds->LastColumn, other.LastColumn);
+    bounds->FirstRow = std::min(bounds->FirstRow, other.FirstRow);
+    bounds->LastRow = std::max(bounds->LastRow, other.LastRow);
+    return true;
+}
+
+MoBlur::Box MoBlur::BrightBox(const K7Image& picture) const {
+    const std::int64_t limit = static_cast<std::int64_t>(Trunc(Percent(ABsh.Value))) * 16;
+    const auto bright = [&](int x, int y) {
+        const u16* pixel = picture.Rows[y] + static_cast<std::ptrdiff_t>(x) * K7Image::Channels;
+        return 5 * pixel[0] + 8 * pixel[1] + 3 * pixel[2] > limit;
+    };
+
+    // Only what lies outside of the box so far can widen it.
+    Box box = {picture.Width, -1, picture.Height, -1};
+    for (int y = 0; y < picture.Height; ++y) {
+        int x = 0;
+        while (x < picture.Width && !bright(x, y)) ++x;
+        if (x == picture.Width) continue;
+        box.FirstColumn = std::min(box.FirstColumn, x);
+        for (x = picture.Width - 1; x > box.LastColumn && !bright(x, y);) --x;
+        box.LastColumn = std::max(box.LastColumn, x);
+        box.FirstRow = std::min(box.FirstRow, y);
+        box.LastRow = y;
+    }
+    if (box.LastRow < 0) return {0, picture.Width - 1, 0, picture.Height - 1};
+    return box;
+}
+
+void MoBlur::WriteRegion(const Box& bounds) {
+    const int width = Output.Image->Width;
+    const int height = Output.Image->Height;
+    const float w = static_cast<float>(bounds.LastColumn - bounds.FirstColumn);
+    const float h = static_cast<float>(bounds.LastRow - bounds.FirstRow);
+    const float x = static_cast<float>((w * 0.5 + bounds.FirstColumn) / width);
+    const float y = static_cast<float>((h * 0.5 + bounds.FirstRow) / height);
+    const auto write = [&](double time) {
+        Cere.Set(time, x, y);
+        XSle.Set(time, w / static_cast<float>(width));
+        YSle.Set(time, h / static_cast<float>(width));
+    };
+    write(kTimeNow);
+    if (Auey.Value != 0) write(Trunc(Time));
+}
+
+void MoBlur::Publish(const MotionField* field) {
+    const std::lock_guard lock(fieldMutex_);
+    field_ = field;
+    showVectors_ = Sers.Value != 0;
+}
+
+void MoBlur::Draw() {
+    DrawVectors();
+    CentreWidget.X = RegionWidget.X = static_cast<float>(Cere.Value.x);
+    CentreWidget.Y = RegionWidget.Y = static_cast<float>(Cere.Value.y);
+    if (CentreWidget.Visible) CentreWidget.Draw();
+    if (!RegionWidget.Visible) return;
+    RegionWidget.Width = static_cast<float>(XSle.Value);
+    RegionWidget.Height = static_cast<float>(YSle.Value);
+    RegionWidget.Rotation = 0.0f;
+    RegionWidget.Square = Maes.Value != 0;
+    RegionWidget.Draw();
+}
+
+void MoBlur::DrawVectors() {
+    // The next frame waits with its new field until this one is drawn.
+    const std::lock_guard lock(fieldMutex_);
+    if (!field_ || !showVectors_) return;
+    OverlayColour(*this, 65535, 65535, 65535);
+    const float scaleX = static_cast<float>(ImageWidth) / static_cast<float>(field_->Width);
+    const float scaleY = static_cast<float>(ImageHeight) / static_cast<float>(field_->Height);
+    for (int y = 0; y < field_->Height; y += kArrowStep)
+        for (int x = 0; x < field_->Width; x += kArrowStep) {
+            const std::ptrdiff_t i = static_cast<std::ptrdiff_t>(y) * field_->Width + x;
+            const float dx = field_->Dx[i];
+            const float fromX = static_cast<float>(x);
+            const float fromY = static_cast<float>(y);
+            if (dx != 0.0f)
+                DrawArrow(fromX * scaleX, fromY * scaleY, (fromX + dx) * scaleX,
+                          (fromY + field_->Dy[i]) * scaleY, kArrowSize);
+        }
+}
+
+void MoBlur::DrawArrow(float x0, float y0, float x1, float y1, float size) const {
+    OverlayLine(*this, x0, y0, x1, y1);
+    float ux = x1 - x0;
+    float uy = y1 - y0;
+    const float length = std::sqrt(ux * ux + uy * uy);
+    if (length > 1e-6f) {
+        ux /= length;
+        uy /= length;
+    }
+    const float halfHead = 6.0f * size;
+    const float headX = x1 - 10.0f * size * ux;
+    const float headY = y1 - 10.0f * size * uy;
+    OverlayLine(*this, headX - halfHead * uy, headY + halfHead * ux, x1, y1);
+    OverlayLine(*this, x1, y1, headX + halfHead * uy, headY - halfHead * ux);
+}
+
+void MoBlur::Event(int event, float x, float y) {
+    RegionWidget.Event(event, x, y);
+    CentreWidget.Event(event, x, y);
+}
+
+} // namespace k7

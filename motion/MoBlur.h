@@ -1,0 +1,86 @@
+#pragma once
+
+#include "frame/Controls.h"
+#include "frame/Overlay.h"
+#include "frame/PluginK7.h"
+#include "library/K7Image.h"
+#include "motion/BlurRendering.h"
+#include "motion/MotionEstimator.h"
+
+#include <mutex>
+
+namespace k7 {
+
+struct MoBlurInfo {
+    ImageInputK7 ImageInput;
+    ImageInputK7 MatteInput; ///< only its Input: what the automatic bound is found in
+    ImageOutputK7 Output;
+
+    CrosshairOverlayK7 CentreWidget;
+    RectangleOverlayK7 RegionWidget;
+
+    CheckboxControlK7 Prss; ///< apply the blur; otherwise the frame passes through
+    IntegerControlK7 Maps;  ///< steps of a path: one less than its samples
+    FloatControlK7 LTsh;    ///< limit for outliers, in percent of full scale
+    FloatControlK7 LSle;    ///< length of a path, in vectors
+    FloatControlK7 Prur;    ///< reach of the Gaussian before the analysis, in pixels of the frame
+    FloatControlK7 Stht;    ///< weights at the start and the end of a path
+    FloatControlK7 Enht;
+    CheckboxControlK7 Sers; ///< draw the vectors
+    CheckboxControlK7 Aund; ///< find the region in the matte
+    FloatControlK7 ABsh;    ///< brightness from which a pixel belongs to the region, in percent
+    CheckboxControlK7 Auey; ///< key the region that was found
+    PositionControlK7 Cere; ///< centre of the region
+    CheckboxControlK7 Maes; ///< the region is as high as it is wide
+    FloatControlK7 XSle;    ///< sides of the region, both as fractions of the frame's width
+    FloatControlK7 YSle;
+};
+
+/// Motion blur for what moves: finds the motion from the frame before to this one and smears the frame before
+/// along it. Frames can be rendered in any order; nothing that one leaves behind enters another.
+class MoBlur : public PluginK7, public MoBlurInfo, public OverlayK7 {
+public:
+    void Process() override;
+    void RefreshControls() override;
+
+    /// The reaction to a change of "Auto Bound" or "AutoKey".
+    void AutoBoundChanged(double time);
+
+    /// Safe while another thread is in Process: vectors are drawn when a frame is finished, until the next
+    /// begins.
+    void Draw() override;
+    void Event(int event, float x, float y) override;
+
+private:
+    /// Inclusive ranges of pixels; ends may lie outside of the frame.
+    struct Box {
+        int FirstColumn;
+        int LastColumn;
+        int FirstRow;
+        int LastRow;
+    };
+
+    void RenderFrame(const Box& region);
+    bool MakeBuffers();
+    void Publish(const MotionField* field);
+
+    Box Region();
+    Box RegionOfControls() const;
+    bool FindBounds(double frame, Box* bounds);
+    Box BrightBox(const K7Image& picture) const;
+    void WriteRegion(const Box& bounds);
+
+    void DrawVectors();
+    void DrawArrow(float x0, float y0, float x1, float y1, float size) const;
+
+    std::unique_ptr<K7Image> boundsFrame_;   ///< the frame that the automatic bound scans
+    std::unique_ptr<K7Image> previousFrame_; ///< frame t - 1; while it is there, all buffers have its size
+    MotionEstimator estimator_;
+    BlurRenderer renderer_;
+
+    std::mutex fieldMutex_;              ///< guards what Draw shows
+    const MotionField* field_ = nullptr; ///< the last frame's; null while one is in work or passed through
+    bool showVectors_ = false;
+};
+
+} // namespace k7

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "library/K7Image.h"
+
+#include <vector>
+
+namespace k7::test {
+
+/// A plane of values that can be looked at outside of its edges.
+template <class Value>
+struct Plane {
+    Plane(int w, int h)
+        : width(w)
+        , height(h)
+        , values(static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) {}
+
+    Value& At(int x, int y) {
+        return values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
+    const Value& At(int x, int y) const { return const_cast<Plane*>(this)->At(x, y); }
+    const Value& Nearest(int x, int y) const {
+        return At(x < 0 ? 0 : x >= width ? width - 1 : x, y < 0 ? 0 : y >= height ? height - 1 : y);
+    }
+    bool Has(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }
+
+    int width;
+    int height;
+    std::vector<Value> values;
+};
+
+/// Vectors of all pixels.
+struct PlainField {
+    PlainField(int w, int h) : dx(w, h), dy(w, h) {}
+    Plane<float> dx;
+    Plane<float> dy;
+};
+
+/// One block on one level with every pixel of every candidate compared. False if the guess is handed back.
+bool PlainMatchBlock(const Plane<int>& current, const Plane<int>& previous, int bx, int by, int guessX,
+                     int guessY, int* x, int* y);
+
+/// The estimator as its definition reads: whole planes, one stage after the other. The region is first
+/// column, last column, first row, last row.
+PlainField PlainEstimate(const K7Image& previous, const K7Image& current, float preBlur, float outlierLimit,
+                         const int (&region)[4]);
+
+struct PlainPaths {
+    int stepLimit;
+    float scale;
+    float startWeight;
+    float endWeight;
+};
+
+/// The renderer as its definition reads, divided into chunks of rows as a frame is divided among threads.
+void PlainRender(K7Image& output, const K7Image& previous, const K7Image& current, const PlainField& field,
+                 const PlainPaths& paths, int chunks);
+
+} // namespace k7::test
