@@ -1,0 +1,83 @@
+#include "app/Program.h"
+
+#include "app/Commands.h"
+#include "app/Errors.h"
+#include "app/PlugIns.h"
+#include "app/Words.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace app {
+namespace {
+
+constexpr int kFailed = 1, kWrong = 2;
+
+int Complain(const std::string& why, int code) {
+    std::fprintf(stderr, "k7: %s\n", OneLine(why).c_str());
+    return code;
+}
+
+/// The words of the command line that come close to what was written.
+std::vector<std::string> OptionsOf(const CLI::App& line) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : line.get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    return names;
+}
+
+/// What was wrong with the command, with the right word where one is close.
+std::string Explain(const CLI::ParseError& error, const std::vector<std::unique_ptr<Command>>& commands) {
+    for (const auto& command : commands) {
+        if (!command->Line()->parsed()) continue;
+        const std::vector<std::string> left = command->Line()->remaining();
+        if (left.empty()) continue;
+        if (!left.front().starts_with('-')) return "'" + left.front() + "' is one word too many";
+        return "there is no option '" + left.front() + "'" +
+               DidYouMean(left.front(), OptionsOf(*command->Line()));
+    }
+    return error.what();
+}
+
+void CheckFirstWord(const std::string& word, const std::vector<std::unique_ptr<Command>>& commands) {
+    std::vector<std::string> names;
+    for (const auto& command : commands) names.push_back(command->Line()->get_name());
+    if (word.starts_with('-') || std::find(names.begin(), names.end(), word) != names.end()) return;
+    throw UsageError("there is no command '" + word + "'" + DidYouMean(word, names));
+}
+
+int RunCommand(int count, const char* const* words) {
+    CLI::App k7("Renders picture files with the effects of the K7 plug-in.", "k7");
+    k7.require_subcommand(1);
+    k7.set_version_flag("--version", "k7 " K7_VERSION);
+    std::vector<std::unique_ptr<Command>> commands;
+    for (const auto make : {MakeListCommand, MakeInfoCommand, MakeRenderCommand, MakePreviewCommand})
+        commands.push_back(make(k7));
+
+    try {
+        if (count > 1) CheckFirstWord(words[1], commands);
+        k7.parse(count, words);
+    } catch (const CLI::Success& wish) {
+        return k7.exit(wish);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(Explain(error, commands));
+    }
+    LoadPlugIns();
+    for (const auto& command : commands)
+        if (command->Line()->parsed()) return command->Run();
+    return kWrong;
+}
+
+} // namespace
+
+int RunProgram(int count, const char* const* words) {
+    try {
+        return RunCommand(count, words);
+    } catch (const UsageError& error) {
+        return Complain(error.what(), kWrong);
+    } catch (const std::exception& error) {
+        return Complain(error.what(), kFailed);
+    }
+}
+
+} // namespace app

@@ -1,0 +1,82 @@
+#include "app/RenderJob.h"
+
+#include "app/Errors.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <new>
+
+namespace app {
+
+RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting)
+    : tool_(tool)
+    , console_(console)
+    , output_(std::move(output))
+    , skipExisting_(skipExisting) {}
+
+void RenderJob::Attempt(int frame, const std::string& path, const std::function<void()>& work) {
+    std::string why;
+    try {
+        work();
+        return;
+    } catch (const FrameError& error) {
+        why = error.what();
+    } catch (const std::bad_alloc&) {
+        why = path + ": there is not enough memory for this frame";
+    }
+    if (writing_ && writing_->frame != frame) FinishWriting(); // frames are told in their order
+    failures_.emplace_back(frame, why);
+    console_.Failed(frame, why);
+}
+
+void RenderJob::FinishWriting() {
+    if (!writing_) return;
+    Attempt(writing_->frame, writing_->path, [this] {
+        writing_->done.get();
+        ++written_;
+        console_.Rendered(writing_->frame,
+                          std::chrono::duration<double>(Clock::now() - writing_->start).count());
+    });
+    writing_.reset();
+}
+
+void RenderJob::RenderFrame(int frame, const std::string& path) {
+    const Clock::time_point start = Clock::now();
+    std::shared_ptr<host::Image> image = tool_.Render(frame);
+    if (!image) return; // aborted: the frame in work is dropped
+    FinishWriting();
+    writing_ = {
+        frame, path, start, std::async(std::launch::async, [=, this, like = tool_.MainClip().At(frame)] {
+            WritePicture(path, *image, like, [this](const std::string& text) { console_.Warn(text); });
+        })};
+}
+
+void RenderJob::RunFrame(int frame) {
+    const std::string path = output_.At(frame);
+    std::error_code ignored;
+    if (skipExisting_ && std::filesystem::exists(path, ignored)) {
+        FinishWriting();
+        ++written_;
+        console_.Skipped(frame);
+        return;
+    }
+    Attempt(frame, path, [&] { RenderFrame(frame, path); });
+}
+
+int RenderJob::Run(const std::vector<int>& frames) {
+    const Interrupt interrupt(tool_.Op().AbortFlag);
+    console_.Start();
+    for (int frame : frames) {
+        if (tool_.Op().AbortFlag) break;
+        RunFrame(frame);
+    }
+    FinishWriting();
+    const int missing = static_cast<int>(frames.size()) - written_;
+    console_.Finish(missing);
+    for (const auto& [frame, why] : failures_) std::fprintf(stderr, "k7: frame %d: %s\n", frame, why.c_str());
+    if (interrupt.ExitCode())
+        std::fprintf(stderr, "k7: stopped; %d of %zu frames are written\n", written_, frames.size());
+    return interrupt.ExitCode() ? interrupt.ExitCode() : missing ? 1 : 0;
+}
+
+} // namespace app

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/Clip.h"
+#include "host/Document.h"
+#include "host/Operator.h"
+#include "host/Registry.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace app {
+
+/// One tool in a composition of its own, with clips at its image inputs.
+class Tool {
+public:
+    /// Throws std::runtime_error where the tool cannot be made.
+    explicit Tool(host::Registry& entry);
+
+    host::Operator& Op() const { return *operator_; }
+    host::FusionDoc& Document() { return document_; }
+
+    /// Links `[INPUT=]FILE`; without INPUT, the main input. Throws UsageError.
+    void Link(const std::string& link, Missing missing, std::optional<Aspect> aspect);
+    /// Throws UsageError where an input that the tool cannot do without has no clip.
+    void CheckLinks() const;
+
+    /// The clip at the main input; CheckLinks has made sure of it.
+    Clip& MainClip() const { return *clips_.at(MainInput()); }
+    /// Whether a file is a frame of one of the sequences at the inputs.
+    bool ReadsSequence(const std::string& path, int frame) const;
+    /// The tool has pictures from `first` to `last`.
+    void SetExtent(const FrameSpan& span);
+
+    /// The tool's picture at a frame. Throws FrameError; null after an abort.
+    std::shared_ptr<host::Image> Render(int frame);
+
+private:
+    host::Input* MainInput() const;
+    host::Input& FindImageInput(const std::string& name) const;
+    std::string TakeErrors() const;
+
+    host::FusionDoc document_;
+    std::map<host::Input*, std::unique_ptr<Clip>> clips_; ///< outlive the operator, whose inputs link to them
+    host::Ref<host::Operator> operator_;
+};
+
+} // namespace app

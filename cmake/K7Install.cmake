@@ -1,0 +1,25 @@
+# Where an installation puts things, and the Debian package of it.
+include(GNUInstallDirs)
+
+set_target_properties(k7host PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+set_target_properties(k7 PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set_target_properties(k7effects PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+
+install(TARGETS k7 RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS k7host LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+install(TARGETS k7effects LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/k7)
+install(FILES docs/k7.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN k7.1 EXCLUDE)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME k7)
+set(CPACK_PACKAGE_CONTACT "K7 maintainers <maintainers@k7.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Twelve image effects and a command-line compositor that renders them")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS libgl1-mesa-dri) # draws the widgets of k7 preview
+include(CPack)

@@ -1,0 +1,114 @@
+#include "app/Clip.h"
+#include "app/Errors.h"
+#include "app/FrameCache.h"
+#include "tests/app/Folder.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace app::test {
+namespace {
+
+Picture Flat(int width, int height, int word) {
+    Picture picture;
+    picture.image = Share(host::Image::Make(width, height, host::Depth::Int16));
+    const host::Pixel pixel{word, word, word, 65535};
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            picture.image->Write(&pixel, picture.image->PlaneAccess[0].Row(y) + 8 * x, nullptr);
+    return picture;
+}
+
+int FirstWord(const host::Image& image) {
+    host::Pixel pixel;
+    image.Read(&pixel, image.PlaneAccess[0].Row(0), nullptr);
+    return pixel.Red;
+}
+
+/// A sequence of flat frames of which 3 is missing.
+class ClipTest : public testing::Test {
+protected:
+    void SetUp() override {
+        for (int frame : {1, 2, 4}) Put(frame);
+    }
+    void Put(int frame) {
+        const Picture picture = Flat(4, 3, frame * 100);
+        WritePicture(folder_ / ("f." + std::to_string(frame) + ".png"), *picture.image, picture,
+                     [](const std::string&) {});
+    }
+    Clip Open(Missing missing) const { return Clip(folder_ / "f.%d.png", missing, {}); }
+
+    Folder folder_;
+};
+
+TEST_F(ClipTest, RunsFromTheFirstFileToTheLast) {
+    Clip clip = Open(Missing::Error);
+    EXPECT_TRUE(clip.IsSequence());
+    EXPECT_EQ(clip.Span()->first, 1);
+    EXPECT_EQ(clip.Span()->last, 4);
+    EXPECT_EQ(FirstWord(*clip.At(4).image), 400);
+}
+
+TEST_F(ClipTest, AMissingFrameFailsWithItsName) {
+    Clip clip = Open(Missing::Error);
+    EXPECT_THROW(clip.At(3), FrameError);
+    EXPECT_EQ(clip.ImageAt(3), nullptr);
+    EXPECT_EQ(clip.ImageAt(0), nullptr);
+    EXPECT_NE(clip.TakeError().find("f.3.png"), std::string::npos) << "the first failure is told";
+    EXPECT_EQ(clip.TakeError(), "");
+}
+
+TEST_F(ClipTest, AMissingFrameIsHeldOrBlack) {
+    Clip held = Open(Missing::Hold);
+    EXPECT_EQ(FirstWord(*held.At(3).image), 200);
+    EXPECT_EQ(FirstWord(*held.At(9).image), 400);
+    EXPECT_THROW(held.At(0), FrameError) << "nothing lies before the first";
+    Clip black = Open(Missing::Black);
+    const Picture empty = black.At(3);
+    EXPECT_EQ(empty.image->Width, 4);
+    EXPECT_EQ(empty.image->PixelDepth, host::Depth::Int16);
+    EXPECT_EQ(FirstWord(*empty.image), 0);
+}
+
+TEST_F(ClipTest, ASinglePictureIsTheSameAtEveryFrame) {
+    Clip clip(folder_ / "f.2.png", Missing::Error, Aspect{4, 3});
+    EXPECT_FALSE(clip.Span());
+    EXPECT_EQ(clip.At(-7).image, clip.At(5000).image);
+    EXPECT_EQ(clip.At(0).image->AspectX, 4);
+    EXPECT_EQ(clip.At(0).image->AspectY, 3);
+}
+
+TEST_F(ClipTest, EachFrameIsDecodedOnce) {
+    Clip clip = Open(Missing::Error);
+    const host::Ref<host::Image> first(clip.ImageAt(1.9));
+    const host::Ref<host::Image> second(clip.ImageAt(2.0));
+    std::filesystem::remove(folder_ / "f.1.png");
+    const host::Ref<host::Image> again(clip.ImageAt(1.0));
+    EXPECT_EQ(first.get(), again.get());
+    EXPECT_NE(first.get(), second.get());
+}
+
+TEST(FrameCache, ForgetsWhatWasUsedLongestAgo) {
+    FrameCache cache(3 * 4 * 4 * 8);
+    for (int frame = 0; frame < 3; ++frame) cache.Enter(frame, Flat(4, 4, frame));
+    EXPECT_TRUE(cache.Find(0));
+    cache.Enter(3, Flat(4, 4, 3));
+    EXPECT_FALSE(cache.Find(1));
+    EXPECT_TRUE(cache.Find(0) && cache.Find(2) && cache.Find(3));
+    cache.Enter(9, Flat(40, 40, 9));
+    EXPECT_TRUE(cache.Find(9)) << "a picture larger than the room is held alone";
+    EXPECT_FALSE(cache.Find(3));
+}
+
+TEST(SampleClip, OpensUnderItsName) {
+    Clip clip("sample:", Missing::Error, {});
+    EXPECT_EQ(clip.Span()->first, 0);
+    EXPECT_EQ(clip.Span()->last, 23);
+    EXPECT_EQ(clip.At(0).image->Width, 960);
+    EXPECT_EQ(clip.At(0).channels, 4);
+    EXPECT_THROW(clip.At(24), FrameError);
+}
+
+} // namespace
+} // namespace app::test
