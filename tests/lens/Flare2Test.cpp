@@ -1,6 +1,5 @@
 #include "lens/Flare2.h"
 
-#include "tests/support/CoreRunner.h"
 #include "tests/support/FakeInput.h"
 #include "tests/support/FlareDefaults.h"
 
@@ -11,12 +10,11 @@ namespace k7::test {
 namespace {
 
 /// Flare2 at its controls' defaults, over a picture of 101 x 81 pixels that lie square.
-class Flare2Frame : public testing::Test {
+class Flare2Frame : public testing::Test, protected FlareStage<Flare2> {
 protected:
+    using FlareStage::Run;
     static constexpr int kWidth = 101;
     static constexpr int kHeight = 81;
-
-    Flare2Frame() { SetDefaults(core); }
 
     /// Shows lights as what they are: a glow of one pixel whose word is a fifth of the light's, and nothing
     /// else.
@@ -27,15 +25,6 @@ protected:
         core.GlowStrength.Value = 100.0;
         core.Contrast.Value = 100.0;
     }
-
-    Picture Run(K7Image& background, K7Image& light, int threads = 1) {
-        runner.owner.Threads = threads;
-        core.LightInput.Image = &light;
-        Picture output = runner.Run(background, core.Background);
-        core.LightInput.Image = nullptr;
-        return output;
-    }
-    Picture Run(K7Image& picture, int threads = 1) { return Run(picture, picture, threads); }
 
     /// The lights over a dark picture.
     Picture Lights() { return Run(*Flat(kWidth, kHeight, 0)); }
@@ -54,9 +43,6 @@ protected:
             }
         return box;
     }
-
-    CoreRunner<Flare2> runner;
-    Flare2& core = runner.core;
 };
 
 TEST_F(Flare2Frame, BoostIsTheSizeOfTheLight) {
@@ -151,12 +137,10 @@ TEST_F(Flare2Frame, IsTheSameForEveryThreadCountFrameAndInstance) {
 
     Picture there;
     std::thread other([&] {
-        CoreRunner<Flare2> second;
-        SetDefaults(second.core);
+        FlareStage<Flare2> second;
         second.core.Reflections.Value = 4;
         second.core.Boost.Value = 3;
-        second.core.LightInput.Image = in.get();
-        there = second.Run(*in, second.core.Background);
+        there = second.Run(*in);
     });
     EXPECT_TRUE(Same(*Run(*in), *first));
     other.join();
@@ -187,12 +171,10 @@ TEST_F(Flare2Frame, HostileValuesGiveAFrame) {
         &Flare2::ReflScale, &Flare2::Contrast};
     for (auto control : controls)
         for (double value : {inf, -inf, std::nan(""), 1e30, -1e30, 0.0}) {
-            CoreRunner<Flare2> hostile;
-            SetDefaults(hostile.core);
+            FlareStage<Flare2> hostile;
             hostile.core.Reflections.Value = 3;
             (hostile.core.*control).Value = value;
-            hostile.core.LightInput.Image = in.get();
-            const Picture out = hostile.Run(*in, hostile.core.Background);
+            const Picture out = hostile.Run(*in);
             for (int i = 0; i < 40 * 30 * 4; ++i) ASSERT_LE(out->Pixels[i], 32767);
         }
 }

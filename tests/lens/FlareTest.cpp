@@ -1,36 +1,21 @@
 #include "lens/Flare.h"
 
-#include "tests/support/CoreRunner.h"
-#include "tests/support/FakeInput.h"
 #include "tests/support/FlareDefaults.h"
 
 #include <cmath>
-#include <functional>
+#include <limits>
 #include <thread>
 
 namespace k7::test {
 namespace {
 
 /// Flare at its controls' defaults, which show the light map, but with the whole picture in its rectangle.
-class FlareStage {
+class WholeFlare : public FlareStage<Flare> {
 public:
-    FlareStage() {
-        SetDefaults(core);
+    WholeFlare() {
         core.Centre.Value = {0.5, 0.5};
         core.ScaleX.Value = core.ScaleY.Value = 2.0;
     }
-
-    Picture Run(K7Image& background, K7Image& light, int threads = 1) {
-        runner.owner.Threads = threads;
-        core.LightInput.Image = &light;
-        Picture output = runner.Run(background, core.Background);
-        core.LightInput.Image = nullptr;
-        return output;
-    }
-    Picture Run(K7Image& picture, int threads = 1) { return Run(picture, picture, threads); }
-
-    CoreRunner<Flare> runner;
-    Flare& core = runner.core;
 };
 
 /// Dark noise with a few bright pixels.
@@ -53,7 +38,7 @@ Picture Spot(int width, int height, int x, int y, int r, int g, int b) {
 }
 
 TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
-    FlareStage stage;
+    WholeFlare stage;
     const Picture in = MakePicture(200, 3, [](int x, int, int c) { return c == 3 ? 123 : 29400 + x; });
     const Picture out = stage.Run(*in);
     for (int x = 0; x < 200; ++x) {
@@ -63,7 +48,7 @@ TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
 }
 
 TEST(FlareLightMap, MeanOfTheChannelsCounts) {
-    FlareStage stage;
+    WholeFlare stage;
     const Picture in = MakePicture(2, 1, [](int x, int, int c) {
         return c == 0 ? 32767 : c == 1 ? 26000 : 29702 + x;
     });
@@ -73,7 +58,7 @@ TEST(FlareLightMap, MeanOfTheChannelsCounts) {
 }
 
 TEST(FlareLightMap, OpenLevelsTakeTheWholePicture) {
-    FlareStage stage;
+    WholeFlare stage;
     const Picture in = Noise(30, 20);
     stage.core.LowLight.Value = 0.0;
     stage.core.ScaleX.Value = 0.01;
@@ -83,7 +68,7 @@ TEST(FlareLightMap, OpenLevelsTakeTheWholePicture) {
 }
 
 TEST(FlareLightMap, LowAboveHighLeavesOneLevel) {
-    FlareStage stage;
+    WholeFlare stage;
     stage.core.LowLight.Value = 50.0;
     stage.core.HighLight.Value = 20.0;
     const Picture in = MakePicture(5, 1, [](int x, int, int) { return 16381 + x; });
@@ -92,7 +77,7 @@ TEST(FlareLightMap, LowAboveHighLeavesOneLevel) {
 }
 
 /// Counts the lit pixels of each axis through the centre of the rectangle.
-void ExpectRectangle(FlareStage& stage, int width, int height, const PixelBox& want) {
+void ExpectRectangle(WholeFlare& stage, int width, int height, const PixelBox& want) {
     const Picture out = stage.Run(*Flat(width, height, 32767));
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
@@ -102,7 +87,7 @@ void ExpectRectangle(FlareStage& stage, int width, int height, const PixelBox& w
 }
 
 TEST(FlareLightMap, RectangleHasTheFramesShapeOrItsOwn) {
-    FlareStage stage;
+    WholeFlare stage;
     stage.core.Centre.Value = {0.5, 0.5};
     stage.core.ScaleX.Value = 0.2;
     stage.core.ScaleY.Value = 0.8;
@@ -118,7 +103,7 @@ TEST(FlareLightMap, RectangleHasTheFramesShapeOrItsOwn) {
 }
 
 TEST(FlareGhosts, LieBeyondTheCentreAndFadeByTheirNumber) {
-    FlareStage stage;
+    WholeFlare stage;
     stage.core.Reflections.Value = 2;
     stage.core.Reflectivity.Value = 75.0;
     const Picture out = stage.Run(*Spot(101, 101, 10, 30, 30000, 30000, 32000));
@@ -132,7 +117,7 @@ TEST(FlareGhosts, LieBeyondTheCentreAndFadeByTheirNumber) {
 }
 
 TEST(FlareGhosts, LeaveTheFrameOrMeetAtFullScale) {
-    FlareStage stage;
+    WholeFlare stage;
     stage.core.Reflections.Value = 1;
     stage.core.Reflectivity.Value = 500.0; // as 100
     stage.core.ReflScale.Value = 300.0;
@@ -150,7 +135,7 @@ TEST(FlareGhosts, LeaveTheFrameOrMeetAtFullScale) {
 }
 
 TEST(FlareGhosts, NeedMoreThanALineOfPixels) {
-    FlareStage stage;
+    WholeFlare stage;
     stage.core.Reflections.Value = 3;
     for (const auto& [width, height] : {std::pair{1, 1}, {1, 30}, {30, 1}}) {
         const Picture in = Flat(width, height, 32000);
@@ -161,7 +146,7 @@ TEST(FlareGhosts, NeedMoreThanALineOfPixels) {
 class FlareFrame : public testing::Test {
 protected:
     FlareFrame() { stage.core.LightMapOnly.Value = 0; }
-    FlareStage stage;
+    WholeFlare stage;
 };
 
 TEST_F(FlareFrame, DarkPictureStaysAsItIs) {
@@ -203,7 +188,7 @@ TEST_F(FlareFrame, IsTheSameForEveryThreadCountFrameAndInstance) {
 
     Picture there;
     std::thread other([&] {
-        FlareStage second;
+        WholeFlare second;
         second.core.LightMapOnly.Value = 0;
         second.core.Reflections.Value = 2;
         second.runner.owner.OnThreads = true;
@@ -217,7 +202,7 @@ TEST_F(FlareFrame, IsTheSameForEveryThreadCountFrameAndInstance) {
 TEST_F(FlareFrame, StreaksKeepTheDrawOfTheFirstFrame) {
     const Picture in = Night();
     const Picture first = stage.Run(*in);
-    FlareStage later;
+    WholeFlare later;
     later.core.LightMapOnly.Value = 0;
     later.core.HaloFringes.Value = 99; // fewer draws before the streaks' own
     (void)later.Run(*in);
@@ -290,7 +275,7 @@ TEST_F(FlareFrame, HostileValuesGiveAFrame) {
         &Flare::GlowStrength, &Flare::StreakRot};
     for (auto control : controls)
         for (double value : {inf, -inf, std::nan(""), 1e30, -1e30, 0.0}) {
-            FlareStage hostile;
+            WholeFlare hostile;
             hostile.core.LightMapOnly.Value = 0;
             hostile.core.Reflections.Value = 2;
             (hostile.core.*control).Value = value;
@@ -303,83 +288,6 @@ TEST_F(FlareFrame, AbortedFrameIsLeftAtOnce) {
     const Picture in = Night();
     stage.runner.owner.Aborted = true;
     EXPECT_TRUE(Same(*stage.Run(*in), *in));
-}
-
-/// Flare with an input in memory behind each control.
-class FlareControls : public testing::Test {
-protected:
-    FlareControls() {
-        ControlK7* const controls[] = {
-            &core.Aperture,       &core.HaloFringes, &core.HaloStrength, &core.HaloFrnStr,
-            &core.Contrast,       &core.Reflections, &core.Reflectivity, &core.ReflScale,
-            &core.Streaks,        &core.MonoStreak,  &core.StreakLength, &core.StreakRot,
-            &core.StreakStrength, &core.GlowRadius,  &core.GlowStrength, &core.LightMapOnly,
-            &core.MatchScales,    &core.ScaleY,      &core.LowLight,     &core.HighLight};
-        int i = 0;
-        for (ControlK7* control : controls) control->Input[0] = &inputs[i++];
-        for (int c = 0; c < 4; ++c) {
-            core.Low.Input[c] = &low[c];
-            core.High.Input[c] = &high[c];
-        }
-    }
-    static FakeInput& Of(ControlK7& control) { return static_cast<FakeInput&>(*control.Input[0]); }
-
-    Flare core;
-    FakeInput inputs[20], low[4], high[4];
-};
-
-TEST_F(FlareControls, MapOnlyHidesTheLookOfTheLight) {
-    Of(core.LightMapOnly).X = 1;
-    core.LightMapOnlyChanged();
-    for (ControlK7* control :
-         {static_cast<ControlK7*>(&core.Aperture), static_cast<ControlK7*>(&core.Reflections),
-          static_cast<ControlK7*>(&core.GlowStrength)})
-        EXPECT_FALSE(Of(*control).Shown);
-    EXPECT_TRUE(Of(core.ScaleY).Shown);
-    Of(core.LightMapOnly).X = 0;
-    core.LightMapOnlyChanged();
-    EXPECT_TRUE(Of(core.Aperture).Shown);
-    EXPECT_FALSE(Of(core.Reflectivity).Shown);
-}
-
-TEST_F(FlareControls, GhostsBringTheirControls) {
-    Of(core.Reflections).X = 3;
-    core.ReflectionsChanged();
-    EXPECT_TRUE(Of(core.Reflectivity).Shown);
-    EXPECT_TRUE(Of(core.ReflScale).Shown);
-    Of(core.LightMapOnly).X = 1;
-    core.LightMapOnlyChanged();
-    EXPECT_TRUE(Of(core.ReflScale).Shown); // ghosts show in the map
-    Of(core.Reflections).X = 0;
-    core.RefreshControls();
-    EXPECT_FALSE(Of(core.ReflScale).Shown);
-}
-
-TEST_F(FlareControls, MatchedScalesHideTheSecond) {
-    Of(core.MatchScales).X = 3;
-    core.MatchScalesChanged();
-    EXPECT_FALSE(Of(core.ScaleY).Shown);
-    Of(core.MatchScales).X = 0;
-    core.MatchScalesChanged();
-    EXPECT_TRUE(Of(core.ScaleY).Shown);
-}
-
-TEST_F(FlareControls, SwatchAndLevelFollowEachOther) {
-    core.LowLight.Value = 90.0;
-    core.LowLightChanged(7.0);
-    EXPECT_EQ(core.Low.Value[1], 29490);
-    for (int c = 0; c < 3; ++c) EXPECT_FLOAT_EQ(static_cast<float>(low[c].X), 29490.0f / 32767.0f);
-    EXPECT_EQ(low[3].X, 0.0);
-    EXPECT_EQ(low[0].LastTime, 7.0);
-    EXPECT_EQ(Of(core.LowLight).Writes, 0);
-
-    core.High.Value[0] = 32767;
-    core.High.Value[1] = 16384;
-    core.High.Value[2] = 0;
-    core.HighChanged(8.0);
-    EXPECT_FLOAT_EQ(static_cast<float>(high[1].X), 16384.0f / 32767.0f); // 16383.67 rounded
-    EXPECT_FLOAT_EQ(static_cast<float>(Of(core.HighLight).X), 16384.0f / 32767.0f * 100.0f);
-    EXPECT_TRUE(core.HighLight.Changing) << "its echo is to be ignored";
 }
 
 } // namespace

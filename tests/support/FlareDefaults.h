@@ -2,6 +2,7 @@
 
 #include "lens/Flare.h"
 #include "lens/Flare2.h"
+#include "tests/support/CoreRunner.h"
 
 namespace k7::test {
 
@@ -50,5 +51,24 @@ inline void SetDefaults(Flare2& core) {
     core.ReflScale.Value = 0.1;
     core.Reflect.Value = {0.7, 0.7};
 }
+
+/// A flare at its controls' defaults, whose lights come from a picture of their own.
+template <class Core>
+class FlareStage {
+public:
+    FlareStage() { SetDefaults(core); }
+
+    Picture Run(K7Image& background, K7Image& light, int threads = 1) {
+        runner.owner.Threads = threads;
+        core.LightInput.Image = &light;
+        Picture output = runner.Run(background, core.Background);
+        core.LightInput.Image = nullptr;
+        return output;
+    }
+    Picture Run(K7Image& picture, int threads = 1) { return Run(picture, picture, threads); }
+
+    CoreRunner<Core> runner;
+    Core& core = runner.core;
+};
 
 } // namespace k7::test
