@@ -1,12 +1,8 @@
-#include "app/PictureFile.h"
-#include "app/Program.h"
-#include "tests/app/Folder.h"
+#include "tests/app/ProgramStage.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
-#include <iostream>
 #include <vector>
 
 // k7 preview: the widgets as they are seen, and drags from the pointer to the next frame.
@@ -15,7 +11,6 @@ namespace app::test {
 namespace {
 
 using nlohmann::json;
-using Arguments = std::vector<std::string>;
 
 struct Colour {
     int red, green, blue;
@@ -66,28 +61,26 @@ double DistanceTo(const Strokes& strokes, double x, double y) {
     return least;
 }
 
-class Preview : public testing::Test {
+class Preview : public Program {
 protected:
     /// Carries out `k7 preview` and gives what --json tells.
     json Show(Arguments arguments, int code = 0) {
-        arguments.insert(arguments.begin(), {"k7", "preview"});
+        arguments.insert(arguments.begin(), "preview");
         arguments.push_back("--json");
-        std::vector<const char*> words;
-        for (const std::string& argument : arguments) words.push_back(argument.c_str());
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(RunProgram(static_cast<int>(words.size()), words.data()), code);
-        std::cout.flush();
-        const std::string out = testing::internal::GetCapturedStdout();
-        err_ = testing::internal::GetCapturedStderr();
-        return code == 0 ? json::parse(out) : json();
+        EXPECT_EQ(Run(arguments), code);
+        return code == 0 ? json::parse(Out()) : json();
     }
 
-    std::string PutGrey(int width, int height) {
-        return Put(width, height, [](int, int) { return 0x3333; });
+    void PutGrey(int width, int height) {
+        PutPicture("in.png", width, height, [](int, int) {
+            return host::Pixel{0x3333, 0x3333, 0x3333, 0xffff};
+        });
     }
-    std::string PutChecks(int width, int height) {
-        return Put(width, height, [](int x, int y) { return (x / 3 + y / 5) % 2 * 60000; });
+    void PutChecks(int width, int height) {
+        PutPicture("in.png", width, height, [](int x, int y) {
+            const int word = (x / 3 + y / 5) % 2 * 60000;
+            return host::Pixel{word, word, word, 0xffff};
+        });
     }
 
     std::shared_ptr<host::Image> Get(const std::string& name) const {
@@ -124,33 +117,15 @@ protected:
                 ASSERT_TRUE(DistanceTo(over, x, y) < 2.0 || seenNear(x, y)) << x << " " << y;
             }
     }
-
-    Folder folder_;
-    std::string err_;
-
-private:
-    std::string Put(int width, int height, const std::function<int(int, int)>& word) {
-        Picture picture;
-        picture.image = Share(host::Image::Make(width, height, host::Depth::Int16));
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) {
-                const int value = word(x, y);
-                const host::Pixel pixel{value, value, value, 65535};
-                picture.image->Write(
-                    &pixel, picture.image->PlaneAccess[0].Row(y) + x * picture.image->PlaneAccess[0].Step,
-                    nullptr);
-            }
-        WritePicture(folder_ / "in.png", *picture.image, picture, [](const std::string&) {});
-        return folder_ / "in.png";
-    }
 };
 
 TEST_F(Preview, WidgetsKeepTheirStrokesAndBoxesAtEveryZoom) {
-    const std::string in = PutGrey(200, 120);
+    PutGrey(200, 120);
     for (double zoom : {0.5, 1.0, 2.0}) {
         const int width = static_cast<int>(200 * zoom), height = static_cast<int>(120 * zoom);
-        Show({"CrashZoom", "-i", in, "-o", folder_ / "out.png", "-s", "DimX=0.5", "-s", "Cntr=0.4,0.5",
-              "--size", std::to_string(width) + "x" + std::to_string(height)});
+        const std::string size = std::to_string(width) + "x" + std::to_string(height);
+        Show({"CrashZoom", "-i", "in.png", "-o", "out.png", "-s", "DimX=0.5", "-s", "Cntr=0.4,0.5", "--size",
+              size.c_str()});
         const auto image = Get("out.png");
         ASSERT_EQ(image->Width, width);
         ASSERT_EQ(image->Height, height);
@@ -169,8 +144,8 @@ TEST_F(Preview, WidgetsKeepTheirStrokesAndBoxesAtEveryZoom) {
 }
 
 TEST_F(Preview, HandOfAnAngleOnWidePixels) {
-    const std::string in = PutGrey(100, 160);
-    Show({"DBlur", "-i", in, "-o", folder_ / "out.png", "-s", "Angl=60", "--aspect", "2:1"});
+    PutGrey(100, 160);
+    Show({"DBlur", "-i", "in.png", "-o", "out.png", "-s", "Angl=60", "--aspect", "2:1"});
     const auto image = Get("out.png");
     ASSERT_EQ(image->Width, 200); // wide pixels are shown wide
     ASSERT_EQ(image->Height, 160);
@@ -183,8 +158,8 @@ TEST_F(Preview, HandOfAnAngleOnWidePixels) {
 }
 
 TEST_F(Preview, PictureIsFittedIntoTheView) {
-    const std::string in = PutGrey(100, 50);
-    Show({"Clean", "-i", in, "-o", folder_ / "out.png", "--size", "100x100"});
+    PutGrey(100, 50);
+    Show({"Clean", "-i", "in.png", "-o", "out.png", "--size", "100x100"});
     const auto image = Get("out.png");
     EXPECT_EQ(At(*image, 50, 10), (Colour{0, 0, 0}));
     EXPECT_EQ(At(*image, 50, 25), kGrey);
@@ -193,9 +168,9 @@ TEST_F(Preview, PictureIsFittedIntoTheView) {
 }
 
 TEST_F(Preview, EdgeOfTheClearCircleSetsItsSize) {
-    const std::string in = PutChecks(200, 100);
-    const json drags = Show(
-        {"CrashZoom", "-i", in, "-o", folder_ / "out.png", "-s", "Spee=60", "--drag", "0.7,0.5:0.8,0.5"});
+    PutChecks(200, 100);
+    const json drags =
+        Show({"CrashZoom", "-i", "in.png", "-o", "out.png", "-s", "Spee=60", "--drag", "0.7,0.5:0.8,0.5"});
     ASSERT_EQ(drags.size(), 1u);
     EXPECT_EQ(drags[0]["hit"], true);
     ASSERT_EQ(drags[0]["changed"].size(), 1u);
@@ -204,22 +179,21 @@ TEST_F(Preview, EdgeOfTheClearCircleSetsItsSize) {
     EXPECT_EQ(drags[0]["undo"], "K7CrashZoom: Clear Radius");
 
     // The frame that follows is the one of that value.
-    Show({"CrashZoom", "-i", in, "-o", folder_ / "typed.png", "-s", "Spee=60", "-s",
-          "DimX=0.6000000238418579"});
-    Show({"CrashZoom", "-i", in, "-o", folder_ / "before.png", "-s", "Spee=60"});
+    Show({"CrashZoom", "-i", "in.png", "-o", "typed.png", "-s", "Spee=60", "-s", "DimX=0.6000000238418579"});
+    Show({"CrashZoom", "-i", "in.png", "-o", "before.png", "-s", "Spee=60"});
     EXPECT_TRUE(folder_.Get("out.png") == folder_.Get("typed.png"));
     EXPECT_FALSE(folder_.Get("out.png") == folder_.Get("before.png"));
 }
 
 TEST_F(Preview, SizesEndWithTheDisplayedRange) {
-    const std::string in = PutGrey(200, 100);
-    const json drags = Show({"CrashZoom", "-i", in, "-o", folder_ / "out.png", "--drag", "0.7,0.5:8,0.5"});
+    PutGrey(200, 100);
+    const json drags = Show({"CrashZoom", "-i", "in.png", "-o", "out.png", "--drag", "0.7,0.5:8,0.5"});
     EXPECT_EQ(drags[0]["changed"][0]["value"], 10.0);
 }
 
 TEST_F(Preview, CentreIsDraggedWithItsCircle) {
-    const std::string in = PutGrey(200, 100);
-    const json drags = Show({"CrashZoom", "-i", in, "-o", folder_ / "out.png", "--drag", "0.5,0.5:0.25,0.8",
+    PutGrey(200, 100);
+    const json drags = Show({"CrashZoom", "-i", "in.png", "-o", "out.png", "--drag", "0.5,0.5:0.25,0.8",
                              "--drag", "0.45,0.8:0.4,0.8"});
     EXPECT_EQ(drags[0]["changed"][0]["id"], "Cntr");
     EXPECT_NEAR(drags[0]["changed"][0]["value"][0], 0.25, 1e-6);
@@ -230,7 +204,7 @@ TEST_F(Preview, CentreIsDraggedWithItsCircle) {
 }
 
 TEST_F(Preview, AngleFollowsThroughAllQuadrants) {
-    const std::string in = PutGrey(200, 100);
+    PutGrey(200, 100);
     const struct {
         const char* aspect;
         double x, y, degrees;
@@ -241,9 +215,9 @@ TEST_F(Preview, AngleFollowsThroughAllQuadrants) {
         {"2:1", 0.4, 0.1, 225.0}, {"2:1", 0.6, 0.1, 315.0}, {"1:2", 0.9, 0.9, 45.0},
     };
     for (const auto& drag : cases) {
-        const std::string to = std::to_string(drag.x) + "," + std::to_string(drag.y);
-        const json drags = Show({"DBlur", "-i", in, "-o", folder_ / "out.png", "--aspect", drag.aspect,
-                                 "--drag", "0.7,0.5:" + to});
+        const std::string to = "0.7,0.5:" + std::to_string(drag.x) + "," + std::to_string(drag.y);
+        const json drags =
+            Show({"DBlur", "-i", "in.png", "-o", "out.png", "--aspect", drag.aspect, "--drag", to.c_str()});
         ASSERT_EQ(drags[0]["changed"].size(), 1u) << to;
         EXPECT_EQ(drags[0]["changed"][0]["id"], "Angl");
         EXPECT_NEAR(drags[0]["changed"][0]["value"], drag.degrees, 1e-3) << drag.aspect << " " << to;
@@ -251,46 +225,46 @@ TEST_F(Preview, AngleFollowsThroughAllQuadrants) {
 }
 
 TEST_F(Preview, AngleIsDraggedFromWhereItStands) {
-    const std::string in = PutGrey(100, 100);
+    PutGrey(100, 100);
     const json drags =
-        Show({"DBlur", "-i", in, "-o", folder_ / "out.png", "-s", "Angl=90", "--drag", "0.5,0.7:0.3,0.5"});
+        Show({"DBlur", "-i", "in.png", "-o", "out.png", "-s", "Angl=90", "--drag", "0.5,0.7:0.3,0.5"});
     EXPECT_EQ(drags[0]["changed"][0]["value"], 180.0);
     EXPECT_EQ(drags[0]["undo"], "K7DBlur: Angle");
 }
 
 TEST_F(Preview, DraggingNothingChangesNothing) {
-    const std::string in = PutChecks(200, 100);
+    PutChecks(200, 100);
     for (const char* tool : {"CrashZoom", "DBlur", "Clean"}) {
-        Show({tool, "-i", in, "-o", folder_ / "still.png"});
-        const json drags = Show({tool, "-i", in, "-o", folder_ / "out.png", "--drag", "0.1,0.9:0.8,0.2"});
+        Show({tool, "-i", "in.png", "-o", "still.png"});
+        const json drags = Show({tool, "-i", "in.png", "-o", "out.png", "--drag", "0.1,0.9:0.8,0.2"});
         EXPECT_EQ(drags[0]["hit"], false) << tool;
         EXPECT_TRUE(drags[0]["changed"].empty());
         EXPECT_TRUE(drags[0]["undo"].is_null());
         EXPECT_TRUE(folder_.Get("out.png") == folder_.Get("still.png"));
     }
-    const json drags = Show({"DBlur", "-i", in, "-o", folder_ / "out.png", "--drag", "0.7,0.5:0.7,0.5"});
+    const json drags = Show({"DBlur", "-i", "in.png", "-o", "out.png", "--drag", "0.7,0.5:0.7,0.5"});
     EXPECT_EQ(drags[0]["hit"], true);
     EXPECT_TRUE(drags[0]["changed"].empty());
     EXPECT_TRUE(drags[0]["undo"].is_null());
 }
 
 TEST_F(Preview, SaysWhatIsWrongWithTheCommand) {
-    const std::string in = PutGrey(20, 10);
+    PutGrey(20, 10);
     const struct {
         std::string option, value;
     } cases[] = {{"--size", "0x100"},     {"--size", "100"},         {"--size", "99999x10"},
                  {"--drag", "0.5,0.5"},   {"--drag", "0.5:0.6,0.5"}, {"--drag", "a,b:c,d"},
                  {"--drag", "0,0:nan,0"}, {"--aspect", "0:1"}};
     for (const auto& wrong : cases) {
-        Show({"DBlur", "-i", in, "-o", folder_ / "out.png", wrong.option, wrong.value}, 2);
-        EXPECT_NE(err_.find("'" + wrong.value + "'"), std::string::npos) << err_;
+        Show({"DBlur", "-i", "in.png", "-o", "out.png", wrong.option.c_str(), wrong.value.c_str()}, 2);
+        EXPECT_NE(Err().find("'" + wrong.value + "'"), std::string::npos) << Err();
         EXPECT_FALSE(folder_.Has("out.png"));
     }
 }
 
 TEST_F(Preview, MissingFrameFails) {
-    Show({"DBlur", "-i", folder_ / "none.png", "-o", folder_ / "out.png"}, 1);
-    EXPECT_NE(err_.find("none.png"), std::string::npos) << err_;
+    Show({"DBlur", "-i", "none.png", "-o", "out.png"}, 1);
+    EXPECT_NE(Err().find("none.png"), std::string::npos) << Err();
     EXPECT_FALSE(folder_.Has("out.png"));
 }
 

@@ -1,0 +1,64 @@
+#include "tests/app/ProgramStage.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// The program as it was built, in a process of its own.
+
+namespace app::test {
+namespace {
+
+/// Starts the program as it was built, in the current folder and with its streams closed to the test.
+pid_t Start(Arguments arguments) {
+    arguments.insert(arguments.begin(), K7_PROGRAM);
+    arguments.push_back(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int nowhere = ::open("/dev/null", O_RDWR);
+        ::dup2(nowhere, STDOUT_FILENO);
+        ::dup2(nowhere, STDERR_FILENO);
+        ::execv(K7_PROGRAM, const_cast<char* const*>(arguments.data()));
+        ::_exit(127);
+    }
+    return child;
+}
+
+int Wait(pid_t child) {
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+TEST_F(Program, TheBuiltFileFindsItsPlugIn) {
+    EXPECT_EQ(Wait(Start({"info", "Clean"})), 0);
+    EXPECT_EQ(Wait(Start({"info", "Unclean"})), 2);
+}
+
+TEST_F(Program, CtrlCLeavesWholeFramesOnly) {
+    for (const std::size_t frames : {0u, 1u, 3u}) {
+        const pid_t child = Start({"render", "Clean", "-i", "sample:", "-o", "out.%02d.png", "--quiet"});
+        for (int i = 0; i < 6000 && !folder_.Has("out.0" + std::to_string(frames) + ".png"); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            if (frames == 0 && i == 30) break; // somewhere in loading or in the first frame
+        }
+        ::kill(child, SIGINT);
+        const int code = Wait(child);
+        // Before k7 has set up its render the signal ends it at once.
+        EXPECT_TRUE(code == 130 || (code == -SIGINT && frames == 0)) << code;
+        EXPECT_GE(folder_.Count(), frames);
+        EXPECT_LT(folder_.Count(), 24u);
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
+            EXPECT_EQ(entry.path().extension(), ".png") << entry.path();
+            EXPECT_NO_THROW(ReadPicture(entry.path().string()));
+            std::filesystem::remove(entry.path());
+        }
+    }
+}
+
+} // namespace
+} // namespace app::test
