@@ -17,7 +17,7 @@ constexpr int kChannels = K7Image::Channels;
 constexpr float kStill = 0.0001f;
 
 /// Limits beyond which sums of a frame could leave the range of a float.
-constexpr float kMostWeight = 1e9f;
+constexpr float kMostWeight = 1e25f;
 constexpr float kMostScale = 1e9f;
 
 /// Weight from which a pixel needs no more of the coarser levels, and below which it has got nothing.

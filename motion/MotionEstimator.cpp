@@ -20,6 +20,9 @@ constexpr int kGridStart = 8;
 /// Grey values that differ by less than this have not changed.
 constexpr int kStillLimit = 1;
 
+/// Pixels to which the blur before the comparison is held, where the picture itself is not larger.
+constexpr int kWidestBlur = 4096;
+
 /// Squared length up to which a vector, or a mean of vectors, counts as none.
 constexpr float kNoMotion = 0.001f;
 
@@ -50,8 +53,8 @@ const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const K7Image
                                                    const K7Image& current, const MotionSearch& search) {
     // Grey frames over their joint range, so that a global fade between them stays in.
     const LumaRange range = FindLumaRange(core, previous, current);
-    const float longSide = static_cast<float>(std::max(field_.Width, field_.Height));
-    const Buffer<float> kernel = MakeBlurKernel(std::min(search.PreBlur, longSide));
+    const auto widest = static_cast<float>(std::max({field_.Width, field_.Height, kWidestBlur}));
+    const Buffer<float> kernel = MakeBlurKernel(std::min(search.PreBlur, widest));
     for (int i = 0; i < 2 && range.low == range.high; ++i)
         ReportMessage("URGH! Input image has zero range!\n");
     if (!kernel || !previous_.Fill(core, previous, range, kernel)) {

@@ -45,8 +45,9 @@ TEST_F(Program, PicturesOfEveryLayoutPassThroughAWindowOfOnePixel) {
     for (const auto& c : cases) {
         PutNoise(c.name, 17, 9, c.depth, c.channels);
         const std::string out = "out." + std::string(c.name);
-        EXPECT_EQ(
-            Run({"render", "Clean", "-i", c.name, "-o", out.c_str(), "-s", "XRad=0", "-s", "YRad=0", "--quiet"}), 0);
+        EXPECT_EQ(Run({"render", "Clean", "-i", c.name, "-o", out.c_str(), "-s", "XRad=0", "-s", "YRad=0",
+                       "--quiet"}),
+                  0);
         EXPECT_EQ(Err(), "") << c.name;
         EXPECT_EQ(Out(), "") << c.name;
         // An opaque alpha and 8-bit words survive the loss of bit 0 as they are.
@@ -129,7 +130,8 @@ TEST_F(Program, SettingsAreSavedAndTakenUpAgain) {
                    "XRad=@0:1,9:900", "-s", "YRad=200", "--save-settings", "kept.json", "--quiet"}),
               0);
     EXPECT_EQ(nlohmann::json::parse(folder_.Get("kept.json")),
-              nlohmann::json::parse(R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[[0,1],[9,900]]},"YRad":200}})"));
+              nlohmann::json::parse(
+                  R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[[0,1],[9,900]]},"YRad":200}})"));
     EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "b.%d.png", "-f", "0,5,9", "--settings",
                    "kept.json", "--quiet"}),
               0);
