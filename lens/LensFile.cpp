@@ -2,6 +2,7 @@
 
 #include "baselib/Buffer.h"
 #include "baselib/Directory.h"
+#include "baselib/Platform.h"
 
 #include <algorithm>
 #include <charconv>
@@ -92,7 +93,7 @@ LensFileResult ReadLensFile(const std::string& path, LensTable* lens) {
 
 std::string LensFilePath(const std::string& directory, std::string_view name) {
     const bool hasDrive = name.size() >= 3 && name[1] == ':';
-    const bool hasRoot = !name.empty() && name[0] == '/';
+    const bool hasRoot = kPathSeparator == '/' && name.starts_with('/');
     std::string path(name);
     if (!hasDrive && !hasRoot) path = directory + path + ".txt";
     if (path.size() >= kPathRoom) path.clear();
