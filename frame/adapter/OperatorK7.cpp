@@ -3,6 +3,7 @@
 #include "frame/adapter/ImageTransfer.h"
 
 #include <algorithm>
+#include <new>
 
 namespace k7 {
 
@@ -34,7 +35,11 @@ void OperatorK7::Process(Request* request) {
     core_->ExtentStart = extent.Start;
     core_->ExtentEnd = extent.End;
 
-    RunFrame(request);
+    try {
+        RunFrame(request);
+    } catch (const std::bad_alloc&) {
+        // The host gets a frame without output, and no exception.
+    }
     EndFrame();
 }
 
@@ -47,22 +52,30 @@ void OperatorK7::RunFrame(Request* request) {
     const std::unique_ptr<K7Image> output = HostToK7Image(main);
     if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
 
-    mainSlot_->Image = input.get();
-    if (secondSlot_) secondSlot_->Image = second.get();
-    outputSlot_->Image = output.get();
-    if (firstProcess_) core_->RefreshControls();
-    firstProcess_ = false;
-    core_->Process();
-    mainSlot_->Image = nullptr;
-    if (secondSlot_) secondSlot_->Image = nullptr;
-    outputSlot_->Image = nullptr;
-
+    RunCore(input.get(), second.get(), output.get());
     Image* result = K7ImageToHost(*main, *output);
     if (!result) return;
     if (AbortFlag)
         result->Recycle();
     else
         request->SetOutputData(output_, result);
+}
+
+void OperatorK7::RunCore(K7Image* input, K7Image* second, K7Image* output) {
+    const struct Emptied {
+        ~Emptied() { op.FillSlots(nullptr, nullptr, nullptr); }
+        OperatorK7& op;
+    } emptied{*this}; // also where the core throws
+    FillSlots(input, second, output);
+    if (firstProcess_) core_->RefreshControls();
+    firstProcess_ = false;
+    core_->Process();
+}
+
+void OperatorK7::FillSlots(K7Image* input, K7Image* second, K7Image* output) {
+    mainSlot_->Image = input;
+    if (secondSlot_) secondSlot_->Image = second;
+    outputSlot_->Image = output;
 }
 
 std::unique_ptr<K7Image> OperatorK7::ReadSecondImage(Request* request, const Image* main,

@@ -141,6 +141,8 @@ private:
     std::unique_ptr<K7Image> ReadSecondImage(host::Request* request, const host::Image* main,
                                              const K7Image& like);
     void RunFrame(host::Request* request);
+    void RunCore(K7Image* input, K7Image* second, K7Image* output);
+    void FillSlots(K7Image* input, K7Image* second, K7Image* output);
     void EndFrame();
 
     std::unique_ptr<PluginK7> core_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 namespace k7::test {
 namespace {
 
@@ -83,6 +85,20 @@ TEST_F(OperatorFrame, WithoutAPictureThereIsNoFrame) {
     clip.Fails = true;
     EXPECT_EQ(Render(), nullptr);
     EXPECT_EQ(core.Frames, 0);
+}
+
+TEST_F(OperatorFrame, ACoreWithoutMemoryGivesAFrameWithoutOutput) {
+    core.OnProcess = [this] {
+        Write("Size", 7.0);
+        throw std::bad_alloc();
+    };
+    EXPECT_EQ(Render(), nullptr);
+    EXPECT_EQ(core.Input.Image, nullptr);
+    EXPECT_EQ(core.Second.Image, nullptr);
+    EXPECT_EQ(core.Output.Image, nullptr);
+    EXPECT_EQ(core.Size.Value, 7.0); // mirrored after the frame, as ever
+    core.OnProcess = {};
+    EXPECT_TRUE(Render());
 }
 
 TEST_F(OperatorFrame, ChangesAreMirroredAndReactedTo) {
