@@ -1,18 +1,17 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
 #include "app/Errors.h"
+#include "app/Listener.h"
 #include "app/PlugIns.h"
 #include "app/PreviewView.h"
 #include "app/Settings.h"
 #include "app/Tool.h"
 #include "app/Words.h"
-#include "host/Application.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <iostream>
 
 namespace app {
@@ -122,9 +121,8 @@ public:
         LinkInputs(tool);
         const int frame = SetFrame(tool);
         for (const std::string& setting : settings_) ApplySetting(tool.Op(), setting);
-        host::GetApp()->SetMessageListener([](const host::Operator&, const std::string& text) {
-            std::fprintf(stderr, "k7: %s\n", OneLine(text).c_str());
-        });
+        Console console(Console::Style::Quiet, 1, frame, frame);
+        const Listener listener(console);
 
         std::shared_ptr<host::Image> picture = tool.Render(frame);
         PreviewView view(tool.Op(), size ? *size : DefaultSize(*picture));
@@ -135,7 +133,7 @@ public:
             picture = tool.Render(frame);
             view.Show(*picture);
         }
-        Write(view);
+        Write(view, console);
 
         if (json_)
             std::cout << drags.dump(2) << '\n';
@@ -162,12 +160,11 @@ private:
         return frame;
     }
 
-    void Write(const PreviewView& view) const {
+    void Write(const PreviewView& view, Console& console) const {
         Picture like;
         like.image = view.Snapshot();
         like.channels = 3;
-        WritePicture(output_, *like.image, like,
-                     [](const std::string& text) { std::fprintf(stderr, "k7: %s\n", text.c_str()); });
+        WritePicture(output_, *like.image, like, [&](const std::string& text) { console.Warn(text); });
     }
 
     std::string toolName_, output_, size_, aspect_;

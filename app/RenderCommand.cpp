@@ -1,5 +1,6 @@
 #include "app/Commands.h"
 #include "app/Errors.h"
+#include "app/Listener.h"
 #include "app/PlugIns.h"
 #include "app/RenderJob.h"
 #include "app/Settings.h"
@@ -33,18 +34,6 @@ nlohmann::json ReadJson(const std::string& path) {
     if (json.is_discarded()) throw UsageError("'" + path + "': is no JSON");
     return json;
 }
-
-/// Passes on what effects report, for as long as it lives.
-class Listener {
-public:
-    explicit Listener(Console& console) {
-        host::GetApp()->SetMessageListener(
-            [&console](const host::Operator&, const std::string& text) { console.Warn(text); });
-    }
-    ~Listener() { host::GetApp()->SetMessageListener({}); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-};
 
 class RenderCommand : public Command {
 public:
