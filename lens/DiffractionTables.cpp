@@ -14,7 +14,6 @@ namespace {
 constexpr double kTwoPi = 6.2831852;
 static_assert(kTwoPi == 2.0 * kFlarePi);
 
-constexpr const char* kSource = "Flare";
 constexpr int kLowNm = 400;
 constexpr int kHighNm = 700;
 constexpr std::size_t kSamples = kHighNm - kLowNm + 1;
@@ -29,10 +28,10 @@ bool TooLarge(int side) {
     return static_cast<double>(side) * side > kMostCells;
 }
 
-template <class Cell>
+template <class Real, class Cell>
 Buffer<Cell> MakeCells(int side) {
     const std::size_t count = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
-    return {count, kSource, __LINE__};
+    return {count, kFlareSource<Real>, __LINE__};
 }
 
 /// Half the wave number in radians per metre, of a wavelength in nm.
@@ -140,7 +139,8 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
     table.Count = count;
     table.Entries = {};
     if (count < 1 || entries < 1) return true;
-    table.Entries = Buffer<DiffractionEntry<Real>>(static_cast<std::size_t>(entries), kSource, __LINE__);
+    table.Entries =
+        Buffer<DiffractionEntry<Real>>(static_cast<std::size_t>(entries), kFlareSource<Real>, __LINE__);
     if (!table.Entries || !clr.Create(kLowNm, kHighNm, nullptr)) return false;
 
     constexpr Real kSmallestAngle = static_cast<Real>(0.00001);
@@ -169,7 +169,7 @@ template <class Real>
 bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, HaloKernel<Real>& square) {
     const int radius = radial.Count;
     square.Radius = radius;
-    square.Entries = MakeCells<DiffractionEntry<Real>>(square.Side());
+    square.Entries = MakeCells<Real, DiffractionEntry<Real>>(square.Side());
     if (!square.Entries) return false;
 
     DiffractionEntry<Real>* to = square.Entries.begin();
@@ -238,7 +238,7 @@ bool BuildGlowKernel(Real radius, Real strength, float aspect, Ran1& random, Glo
     if (!(whole < 32768.0f)) return false;
     glow.Radius = static_cast<int>(whole);
     if (TooLarge(glow.Side())) return false;
-    glow.Weights = MakeCells<Real>(glow.Side());
+    glow.Weights = MakeCells<Real, Real>(glow.Side());
     if (!glow.Weights) return false;
 
     Real sum = 0;

@@ -4,6 +4,8 @@
 #include "frame/Random.h"
 #include "lens/clr.h"
 
+#include <type_traits>
+
 namespace k7 {
 
 // What the light of one bright pixel becomes behind the aperture of a lens: Fraunhofer diffraction at
@@ -11,6 +13,10 @@ namespace k7 {
 // Optics, 8.5 and 8.6). Real is the number type of the tables, double or float. Whether a step runs in Real,
 // in float or in double is part of each definition: frames are the same to the word. Functions that make
 // something give false where there is no memory for it.
+
+/// What the allocator counts the memory of a flare under: Flare computes in double, Flare2 in float.
+template <class Real>
+inline constexpr const char* kFlareSource = std::is_same_v<Real, double> ? "Flare" : "Flare2";
 
 /// The flares' own value of pi; frames depend on its last digit.
 inline constexpr double kFlarePi = 3.1415926;

@@ -8,6 +8,7 @@
 #include "lens/Hsv.h"
 #include "lens/LensFile.h"
 #include "library/K7Image.h"
+#include "library/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -166,7 +167,7 @@ void FlareSpot::ColourGhost(GhostPolygon* ghost, int surface, int lastSurface) c
     const int hue = ColourOverride ? (HueEnd - HueStart) * surface / lastSurface + HueStart
                                    : (Trunc(surface % 10 * 33.15 + surface * 25.0) & 255) << 7;
     u16 rgb[3];
-    HsvToRgb(rgb, static_cast<u16>(hue), ClampWord(Trunc(Saturation * 32767.0)), kFullScale);
+    HsvToRgb(rgb, static_cast<u16>(hue), Saturate<u16>(Saturation * 32767.0), kFullScale);
     const float level = std::min(1.0f, ghost->InnerRadius / ghost->OuterRadius) * (Gain * 2.0f);
     ghost->Red = Trunc(static_cast<float>(rgb[0]) * level);
     ghost->Green = Trunc(static_cast<float>(rgb[1]) * level);

@@ -50,7 +50,7 @@ void FlareWork<Real>::Start(const K7Image& lightInput, const K7Image& output) {
 template <class Real>
 bool FlareWork<Real>::MakeContrastTable() {
     if (contrastTable_ && WorkContrast == lastContrast_) return true;
-    if (!contrastTable_) contrastTable_ = Buffer<u16>(kContrastEntries, "Flare", __LINE__);
+    if (!contrastTable_) contrastTable_ = Buffer<u16>(kContrastEntries, kFlareSource<Real>, __LINE__);
     if (!contrastTable_) return false;
     const auto exponent = static_cast<float>(1.0 / WorkContrast);
     for (int i = 0; i < kContrastEntries; ++i) {
@@ -93,7 +93,7 @@ bool FlareWork<Real>::MakeTables() {
 template <class Real>
 bool FlareWork<Real>::MakeLightMap() {
     const std::size_t pixels = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
-    lightWords_ = ImageBuffer<u16>(pixels * K7Image::Channels, "Flare", __LINE__);
+    lightWords_ = ImageBuffer<u16>(pixels * K7Image::Channels, kFlareSource<Real>, __LINE__);
     if (lightWords_) LightMapImage = K7Image::MakeOver(lightWords_.data(), Width, Height);
     return LightMapImage != nullptr;
 }
@@ -133,11 +133,11 @@ void FlareWork<Real>::AddGhosts(const Light& light, int centreX, int centreY) {
 
 template <class Real>
 bool FlareWork<Real>::CollectLights(int centreX, int centreY) {
-    if (!lights_.Collect(*LightMapImage, LightBox)) return false;
+    if (!lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>)) return false;
     const bool ghosts = WorkGhosts >= 1 && WorkReflectivity >= static_cast<Real>(0.00001);
     if (!ghosts || Width < 2 || Height < 2) return true;
     for (const Light& light : lights_) AddGhosts(light, centreX, centreY);
-    return lights_.Collect(*LightMapImage, LightBox);
+    return lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>);
 }
 
 template <class Real>

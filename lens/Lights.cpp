@@ -17,10 +17,10 @@ void ForLights(const K7Image& map, const PixelBox& box, Visit visit) {
 
 } // namespace
 
-bool LightList::Collect(const K7Image& lightMap, const PixelBox& box) {
+bool LightList::Collect(const K7Image& lightMap, const PixelBox& box, const char* source) {
     std::size_t count = 0;
     ForLights(lightMap, box, [&](const Light&) { ++count; });
-    lights_ = Buffer<Light>(count, "Flare", __LINE__);
+    lights_ = Buffer<Light>(count, source, __LINE__);
     if (lights_.size() != count) return false;
     Light* next = lights_.begin();
     ForLights(lightMap, box, [&](const Light& light) { *next++ = light; });

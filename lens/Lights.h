@@ -22,8 +22,9 @@ struct PixelBox {
 /// The lights of a light map in scan order: rows from the bottom, each from the left.
 class LightList {
 public:
-    /// Takes the lights within `box`, which lies inside the map. False without memory.
-    [[nodiscard]] bool Collect(const K7Image& lightMap, const PixelBox& box);
+    /// Takes the lights within `box`, which lies inside the map; `source` is what their memory is counted
+    /// under. False without memory.
+    [[nodiscard]] bool Collect(const K7Image& lightMap, const PixelBox& box, const char* source);
 
     const Light* begin() const { return lights_.begin(); }
     const Light* end() const { return lights_.end(); }

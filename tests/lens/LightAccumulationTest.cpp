@@ -36,7 +36,7 @@ struct Scene {
     /// Accumulates in chunks of rows and gives the planes over the whole frame.
     std::vector<Real> Accumulate(int chunks = 1, bool whole = false) {
         LightList lights;
-        EXPECT_TRUE(lights.Collect(*map, {0, 0, map->Width, map->Height}));
+        EXPECT_TRUE(lights.Collect(*map, {0, 0, map->Width, map->Height}, kFlareSource<Real>));
         EXPECT_TRUE(accumulation.Prepare(lights, tables, setup, pairs, whole));
         const PixelBox& box = accumulation.Box();
         for (int i = chunks - 1; i >= 0; --i)
