@@ -10,7 +10,8 @@ if(K7_WERROR)
   target_compile_options(k7_options INTERFACE -Werror)
 endif()
 if(K7_SANITIZE)
-  target_compile_options(k7_options INTERFACE -fsanitize=${K7_SANITIZE} -fno-omit-frame-pointer
+  # Checked code compiles twice as fast with little optimisation and line numbers alone.
+  target_compile_options(k7_options INTERFACE -O1 -g1 -fsanitize=${K7_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all -Wno-maybe-uninitialized) # which the checks' code sets off in the standard library
   target_link_options(k7_options INTERFACE -fsanitize=${K7_SANITIZE})
 endif()
