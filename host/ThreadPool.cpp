@@ -1,6 +1,7 @@
 #include "host/ThreadPool.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace host {
 
@@ -11,6 +12,7 @@ struct ThreadPool::Job {
     const std::function<void(long)>& task;
     long next = 0; ///< guarded by the pool's mutex, as is `done`
     long done = 0;
+    std::exception_ptr failure; ///< the first one of a call
     std::condition_variable finished;
 };
 
@@ -38,6 +40,7 @@ void ThreadPool::Run(long count, const std::function<void(long)>& task) {
     Work(job);
     std::unique_lock lock(mutex_);
     job->finished.wait(lock, [&] { return job->done == job->count; });
+    if (job->failure) std::rethrow_exception(job->failure);
 }
 
 void ThreadPool::Work(const std::shared_ptr<Job>& job) {
@@ -46,8 +49,14 @@ void ThreadPool::Work(const std::shared_ptr<Job>& job) {
         const long index = job->next++;
         if (job->next == job->count) std::erase(jobs_, job);
         lock.unlock();
-        job->task(index);
+        std::exception_ptr failure;
+        try {
+            job->task(index);
+        } catch (...) {
+            failure = std::current_exception();
+        }
         lock.lock();
+        if (!job->failure) job->failure = failure;
         if (++job->done == job->count) job->finished.notify_all();
     }
 }

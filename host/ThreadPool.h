@@ -21,7 +21,8 @@ public:
     ThreadPool(const ThreadPool&) = delete;
     ThreadPool& operator=(const ThreadPool&) = delete;
 
-    /// Calls task once for each index from 0 to count - 1; returns when all calls have returned.
+    /// Calls task once for each index from 0 to count - 1; returns when all calls have returned, and throws
+    /// what the first of them threw.
     void Run(long count, const std::function<void(long)>& task);
 
 private:

@@ -22,6 +22,7 @@ pid_t Start(Arguments arguments) {
         const int nowhere = ::open("/dev/null", O_RDWR);
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
+        std::signal(SIGINT, SIG_DFL); // which may have been ignored where the tests were started
         ::execv(K7_PROGRAM, const_cast<char* const*>(arguments.data()));
         ::_exit(127);
     }

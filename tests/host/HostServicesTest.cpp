@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -33,6 +34,19 @@ TEST(ThreadPool, ServesJobsFromManyThreadsAndFromWithinJobs) {
         });
     for (std::thread& caller : callers) caller.join();
     EXPECT_EQ(sum, 4 * 20 * 5 * 3);
+}
+
+TEST(ThreadPool, HandsOnWhatATaskThrowsWhenAllHaveReturned) {
+    ThreadPool pool(2);
+    std::atomic<int> calls = 0;
+    const auto task = [&](long i) {
+        ++calls;
+        if (i % 3 == 0) throw std::bad_alloc();
+    };
+    EXPECT_THROW(pool.Run(50, task), std::bad_alloc);
+    EXPECT_EQ(calls, 50);
+    pool.Run(2, [&](long) { ++calls; });
+    EXPECT_EQ(calls, 52);
 }
 
 TEST(Registry, EntriesStandAsLongAsTheyLiveAndInTheOrderOfTheirNumbers) {
