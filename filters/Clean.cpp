@@ -5,57 +5,64 @@
 #include "library/K7Image.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace k7 {
 
 namespace {
 
-/// One channel's values in the window: a count for each word and for each 256 words, and a running median.
-/// The median's position moves with the window, so that a step costs what the picture changed and not the
-/// number of bins.
+/// One channel's values in the window: a count for each word, a bit for each word that has one, and a running
+/// median. The median goes from one value that is there to the next, so that a step of the window costs what
+/// it has changed and not the number of bins.
 class Histogram {
 public:
     static constexpr int kWords = 65536;
 
-    void Attach(std::uint32_t* zeroedCounts) { fine_ = zeroedCounts; }
+    void Attach(std::uint32_t* zeroedCounts) { counts_ = zeroedCounts; }
 
     void Add(int word) {
-        ++fine_[word];
-        ++coarse_[word >> 8];
+        ++counts_[word];
+        present_[word >> 6] |= std::uint64_t{1} << (word & 63);
         below_ += word < at_;
     }
     void Remove(int word) {
-        --fine_[word];
-        --coarse_[word >> 8];
+        const bool gone = --counts_[word] == 0;
+        present_[word >> 6] &= ~(std::uint64_t{gone} << (word & 63));
         below_ -= word < at_;
     }
 
     /// The value of rank `rank`, counted from 0; the histogram holds more than `rank` values.
     int Select(std::uint32_t rank) {
-        // Leave whole groups of 256 words behind first, then walk the last one word by word.
         while (below_ > rank) {
-            if ((at_ & 255) == 0 && below_ - coarse_[(at_ >> 8) - 1] > rank) {
-                at_ -= 256;
-                below_ -= coarse_[at_ >> 8];
-            } else {
-                below_ -= fine_[--at_];
-            }
+            at_ = Previous(at_);
+            below_ -= counts_[at_];
         }
-        while (below_ + fine_[at_] <= rank) {
-            if ((at_ & 255) == 0 && below_ + coarse_[at_ >> 8] <= rank) {
-                below_ += coarse_[at_ >> 8];
-                at_ += 256;
-            } else {
-                below_ += fine_[at_++];
-            }
+        while (below_ + counts_[at_] <= rank) {
+            below_ += counts_[at_];
+            at_ = Next(at_);
         }
         return at_;
     }
 
 private:
-    std::uint32_t* fine_ = nullptr;
-    std::uint32_t coarse_[256] = {};
+    /// The nearest value below a word; there is one.
+    int Previous(int word) const {
+        int i = word >> 6;
+        std::uint64_t bits = present_[i] & ~(~std::uint64_t{0} << (word & 63));
+        while (!bits) bits = present_[--i];
+        return i * 64 + 63 - std::countl_zero(bits);
+    }
+    /// The nearest value above a word; there is one.
+    int Next(int word) const {
+        int i = word >> 6;
+        std::uint64_t bits = present_[i] & (~std::uint64_t{1} << (word & 63));
+        while (!bits) bits = present_[++i];
+        return i * 64 + std::countr_zero(bits);
+    }
+
+    std::uint32_t* counts_ = nullptr;
+    std::uint64_t present_[kWords / 64] = {};
     int at_ = 0;              ///< where the last selection ended
     std::uint32_t below_ = 0; ///< values below at_
 };
