@@ -11,9 +11,8 @@ class K7Image;
 /// candidate are counted. The work grows with the window's area, but all of it is vector work.
 class SmallMedian {
 public:
-    /// Windows of up to this many values take less time so than by a histogram, on pictures with some grain;
-    /// on pure noise windows of three times as many do.
-    static constexpr int kMostValues = 128;
+    /// Windows of up to this many values take less time so than by a histogram.
+    static constexpr int kMostValues = 225;
 
     /// The window is `width` x `height` and lies as Clean's does. Rows are asked for upwards from `first`.
     SmallMedian(const K7Image& image, int width, int height, int first);
