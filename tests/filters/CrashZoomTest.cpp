@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 
 namespace k7::test {
 namespace {
@@ -21,96 +20,63 @@ struct Settings {
     double aspectY = 1.0;
 };
 
-/// The walk as Bresenham's algorithm has it, sample by sample.
-class PlainZoom {
-public:
-    PlainZoom(const K7Image& in, const Settings& settings)
-        : in_(in)
-        , shift_(settings.samples - 1)
-        , aspectX_(static_cast<float>(settings.aspectX))
-        , aspectY_(static_cast<float>(settings.aspectY))
-        , clear_(static_cast<float>(in.Width * settings.clear * 0.5))
-        , centreX_(static_cast<float>(in.Width * settings.centreX))
-        , centreY_(static_cast<float>(in.Height * settings.centreY))
-        , speed_(static_cast<float>(settings.speed / 100.0)) {}
+/// The mean along the walk as Bresenham's algorithm has it, sample by sample.
+Picture Plain(const K7Image& in, const Settings& settings) {
+    const int shift = settings.samples - 1;
+    const float grid = static_cast<float>(1 << shift);
+    const auto aspectX = static_cast<float>(settings.aspectX);
+    const auto aspectY = static_cast<float>(settings.aspectY);
+    const auto clear = static_cast<float>(in.Width * settings.clear * 0.5);
+    const auto centreX = static_cast<float>(in.Width * settings.centreX);
+    const auto centreY = static_cast<float>(in.Height * settings.centreY);
+    const auto speed = static_cast<float>(settings.speed / 100.0);
+    const auto hold = [&](std::int64_t fine, int size) {
+        return std::clamp<std::int64_t>(fine >> shift, 0, size - 1);
+    };
+    return MakePicture(in.Width, in.Height, [&](int x, int y, int c) {
+        // The way from the pixel in cells of the fine grid.
+        const float dx = (static_cast<float>(x) - centreX) / aspectY;
+        const float dy = (static_cast<float>(y) - centreY) / aspectX;
+        const float d = std::sqrt(dy * dy + dx * dx);
+        float e = d - clear;
+        if (static_cast<double>(e) < 0.0001) e = 0.0f;
+        const float a = -(e * speed);
+        const bool moves = static_cast<double>(d) > 0.0001;
+        std::int64_t major = moves ? Trunc(std::ceil(dx / d * a * grid) / aspectX) : 0;
+        std::int64_t minor = moves ? Trunc(std::ceil(dy / d * a * grid) / aspectY) : 0;
 
-    void Pixel(int x, int y, u16* out) const {
-        const std::int64_t grid = std::int64_t{1} << shift_;
-        std::int64_t cx = grid * x;
-        std::int64_t cy = grid * y;
-        std::int64_t endX = cx;
-        std::int64_t endY = cy;
-        FindEnd(x, y, &endX, &endY);
-
-        std::int64_t major = std::abs(endX - cx);
-        std::int64_t minor = std::abs(endY - cy);
-        const int stepX = endX - cx >= 0 ? 1 : -1;
-        const int stepY = endY - cy >= 0 ? 1 : -1;
+        const int stepX = major >= 0 ? 1 : -1;
+        const int stepY = minor >= 0 ? 1 : -1;
+        major = std::abs(major);
+        minor = std::abs(minor);
         const bool steep = minor > major;
         if (steep) std::swap(major, minor);
+        std::int64_t cx = std::int64_t{x} << shift;
+        std::int64_t cy = std::int64_t{y} << shift;
         std::int64_t error = -major;
-        std::uint32_t sums[4] = {};
+        std::uint32_t sum = 0;
         for (std::int64_t i = 0; i <= major; ++i) {
-            const u16* sample = At(cx, cy);
+            sum += in.Rows[hold(cy, in.Height)][4 * hold(cx, in.Width) + c];
             error += 2 * minor;
-            for (int c = 0; c < 4; ++c) sums[c] += sample[c];
             if (error > 0) {
                 (steep ? cx : cy) += steep ? stepX : stepY;
                 error -= 2 * major;
             }
             (steep ? cy : cx) += steep ? stepY : stepX;
         }
-        for (int c = 0; c < 4; ++c)
-            out[c] = static_cast<u16>(sums[c] / static_cast<std::uint32_t>(major + 1));
-    }
-
-private:
-    void FindEnd(int x, int y, std::int64_t* endX, std::int64_t* endY) const {
-        const float grid = static_cast<float>(1 << shift_);
-        const float dx = (static_cast<float>(x) - centreX_) / aspectY_;
-        const float dy = (static_cast<float>(y) - centreY_) / aspectX_;
-        const float d = std::sqrt(dy * dy + dx * dx);
-        float e = d - clear_;
-        if (static_cast<double>(e) < 0.0001) e = 0.0f;
-        const float a = -(e * speed_);
-        if (!(static_cast<double>(d) > 0.0001)) return;
-        *endX += Trunc(std::ceil(dx / d * a * grid) / aspectX_);
-        *endY += Trunc(std::ceil(dy / d * a * grid) / aspectY_);
-    }
-
-    const u16* At(std::int64_t fineX, std::int64_t fineY) const {
-        const auto hold = [&](std::int64_t fine, int size) {
-            return std::clamp<std::int64_t>(fine >> shift_, 0, size - 1);
-        };
-        return in_.Rows[hold(fineY, in_.Height)] + 4 * hold(fineX, in_.Width);
-    }
-
-    const K7Image& in_;
-    int shift_;
-    float aspectX_, aspectY_, clear_, centreX_, centreY_, speed_;
-};
-
-Picture Plain(const K7Image& in, const Settings& settings) {
-    Picture out = K7Image::MakeCopy(in);
-    const PlainZoom zoom(in, settings);
-    for (int y = 0; y < in.Height; ++y)
-        for (int x = 0; x < in.Width; ++x) zoom.Pixel(x, y, out->Rows[y] + 4 * x);
-    return out;
+        return static_cast<int>(sum / static_cast<std::uint32_t>(major + 1));
+    });
 }
 
-void Give(CrashZoom& core, const Settings& settings) {
-    core.Cntr.Value = {settings.centreX, settings.centreY};
-    core.DimX.Value = settings.clear;
-    core.Spee.Value = settings.speed;
-    core.Samp.Value = settings.samples;
-}
-
-Picture RunZoom(K7Image& in, const Settings& settings, int threads = 1) {
+Picture RunZoom(K7Image& in, const Settings& settings) {
     in.AspectX = settings.aspectX;
     in.AspectY = settings.aspectY;
     CoreRunner<CrashZoom> runner;
-    Give(runner.core, settings);
-    return runner.Run(in, threads);
+    runner.core.Cntr.Value = {settings.centreX, settings.centreY};
+    runner.core.DimX.Value = settings.clear;
+    runner.core.Spee.Value = settings.speed;
+    runner.core.Samp.Value = settings.samples;
+    return runner.Run(in, 3);
 }
 
 TEST(CrashZoom, IsBresenhamsWalkForEverySettingAndSize) {
@@ -152,17 +118,12 @@ TEST(CrashZoom, SumsOfVeryLongWalksWrapLikeWords32) {
     }
 }
 
-TEST(CrashZoom, StandsStillWithoutSpeedAndWithinTheClearCircle) {
+TEST(CrashZoom, StandsStillWithoutSpeedOrCentreAndWithinTheClearCircle) {
     const Picture in = Noise(40, 30);
-    EXPECT_TRUE(Same(*RunZoom(*in, {.clear = 0.0, .speed = 0.0}), *in));
-    EXPECT_TRUE(Same(*RunZoom(*in, {.clear = 2.0, .speed = 150.0}), *in));
-
-    const Picture out = RunZoom(*in, {.clear = 0.4, .speed = 150.0});
-    for (int y = 0; y < 30; ++y)
-        for (int x = 0; x < 40; ++x)
-            if (std::hypot(x - 20.0, y - 15.0) <= 8.0) {
-                for (int c = 0; c < 4; ++c) EXPECT_EQ(out->Rows[y][4 * x + c], in->Rows[y][4 * x + c]);
-            }
+    for (const Settings& still :
+         {Settings{.clear = 0.0, .speed = 0.0}, Settings{.clear = 2.0, .speed = 150.0},
+          Settings{.centreX = 1e30, .clear = 0.0}, Settings{.centreX = std::nan("")}})
+        EXPECT_TRUE(Same(*RunZoom(*in, still), *in)) << still.centreX << " " << still.clear;
 }
 
 TEST(CrashZoom, WalksTheDistanceBeyondTheClearCircle) {
@@ -175,67 +136,6 @@ TEST(CrashZoom, WalksTheDistanceBeyondTheClearCircle) {
     EXPECT_EQ(RunZoom(*in, {.centreY = 0.0, .clear = 0.4, .speed = 100.0})->Rows[0][4 * 80], 31000);
     // Away from the centre the edge repeats.
     EXPECT_EQ(RunZoom(*in, {.centreY = 0.0, .clear = 0.0, .speed = -200.0})->Rows[0][4 * 80], 31000);
-}
-
-TEST(CrashZoom, FlatStaysFlat) {
-    const Picture in = Flat(33, 21, 32767, 1, 12345, 9);
-    EXPECT_TRUE(Same(*RunZoom(*in, {.centreX = 0.9, .clear = 0.0, .speed = 180.0, .samples = 4}), *in));
-}
-
-TEST(CrashZoom, ThreadsDoNotChangeTheFrame) {
-    const Picture in = Noise(30, 23);
-    const Settings settings{.clear = 0.1, .speed = 120.0, .samples = 2};
-    const Picture alone = RunZoom(*in, settings);
-    for (int threads : {2, 3, 8, 30}) EXPECT_TRUE(Same(*RunZoom(*in, settings, threads), *alone)) << threads;
-}
-
-TEST(CrashZoom, HostileValuesEndInAFrame) {
-    const Picture in = Flat(24, 16, 20000);
-    const double huge[] = {1e9,
-                           -1e9,
-                           1e30,
-                           -1e30,
-                           1e300,
-                           std::numeric_limits<double>::infinity(),
-                           std::numeric_limits<double>::quiet_NaN()};
-    for (double value : huge) {
-        const Settings cases[] = {{.clear = 0.0, .speed = value, .samples = 4},
-                                  {.centreX = value, .speed = 50.0},
-                                  {.centreX = value, .centreY = value, .speed = value},
-                                  {.clear = value},
-                                  {.clear = value, .speed = value},
-                                  {.aspectX = value},
-                                  {.speed = 50.0, .aspectY = 0.0},
-                                  {.speed = 50.0, .samples = 1000}};
-        for (const Settings& settings : cases) {
-            const Picture out = RunZoom(*in, settings);
-            for (int i = 0; i < 24 * 16 * 4; ++i) ASSERT_LE(out->Pixels[i], kFullScale) << value;
-        }
-    }
-}
-
-TEST(CrashZoom, ACentreBeyondAllMeasureLeavesThePicture) {
-    const Picture in = Noise(24, 16);
-    EXPECT_TRUE(Same(*RunZoom(*in, {.centreX = 1e30, .clear = 0.0}), *in));
-    EXPECT_TRUE(Same(*RunZoom(*in, {.centreX = std::nan("")}), *in));
-}
-
-TEST(CrashZoom, LeavesAlphaAloneWhenAsked) {
-    const Picture in = Noise(20, 14);
-    CoreRunner<CrashZoom> runner;
-    Give(runner.core, {.clear = 0.0, .speed = 80.0});
-    runner.core.ProcessAlpha = false;
-    const Picture want = Plain(*in, {.clear = 0.0, .speed = 80.0});
-    want->CopyAlpha(in.get());
-    EXPECT_TRUE(Same(*runner.Run(*in), *want));
-}
-
-TEST(CrashZoom, AbortedFrameIsNotTouched) {
-    const Picture in = Noise(20, 14);
-    CoreRunner<CrashZoom> runner;
-    Give(runner.core, {.clear = 0.0, .speed = 80.0});
-    runner.owner.Aborted = true;
-    EXPECT_TRUE(Same(*runner.Run(*in), *in));
 }
 
 TEST(CrashZoom, WidgetsFollowTheControlsAndBack) {
@@ -255,7 +155,8 @@ TEST(CrashZoom, WidgetsFollowTheControlsAndBack) {
     core.ClearOverlay.Link.Input[0] = core.ClearOverlay.Link.Input[1] = &radius;
     core.ClearOverlay.Link.Control[2] = core.ClearOverlay.Link.Control[3] = &core.DimX;
 
-    Give(core, {.centreX = 0.25, .clear = 0.2});
+    core.Cntr.Value = {0.25, 0.5};
+    core.DimX.Value = 0.2;
     core.Draw();
     ASSERT_EQ(surface.Loops.size(), 2u);
     EXPECT_TRUE(surface.Loops[0].IsAt(100.0f, 100.0f, 4.0f));

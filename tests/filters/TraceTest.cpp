@@ -7,16 +7,13 @@
 namespace k7::test {
 namespace {
 
-/// Marks by the pattern of the four corners: none for all below or all above, a crossing for every other.
-constexpr int kCrossingTable[16] = {0,     32767, 32767, 32767, 32767, 32767, 32767, 32767,
-                                    32767, 32767, 32767, 32767, 32767, 32767, 32767, 0};
-
+/// A mark wherever some of the four corners lie above the level and some do not.
 Picture PlainTrace(const K7Image& in, int level, bool over, bool mono) {
     const auto mark = [&](int x, int y, int c) {
         const int u = in.Width == 1 ? x : x + 1 < in.Width ? x + 1 : x - 1;
         const int v = in.Height == 1 ? y : y + 1 < in.Height ? y + 1 : y - 1;
         const auto above = [&](int i, int j) { return in.Rows[j][4 * i + c] > level ? 1 : 0; };
-        return kCrossingTable[8 * above(x, y) + 4 * above(u, y) + above(x, v) + 2 * above(u, v)];
+        return (above(x, y) + above(u, y) + above(x, v) + above(u, v)) % 4 ? 32767 : 0;
     };
     return MakePicture(in.Width, in.Height, [&](int x, int y, int c) {
         int word = mark(x, y, c);
@@ -25,12 +22,12 @@ Picture PlainTrace(const K7Image& in, int level, bool over, bool mono) {
     });
 }
 
-Picture RunTrace(K7Image& in, double level, bool over = false, bool mono = false, int threads = 1) {
+Picture RunTrace(K7Image& in, double level, bool over = false, bool mono = false) {
     CoreRunner<Trace> runner;
     runner.core.Leve.Value = level;
     runner.core.Over.Value = over;
     runner.core.TCol.Value = mono ? 2 : 1;
-    return runner.Run(in, threads);
+    return runner.Run(in, 3);
 }
 
 TEST(Trace, MarksEveryCrossingOnEverySize) {
@@ -42,7 +39,7 @@ TEST(Trace, MarksEveryCrossingOnEverySize) {
                     const Picture in = Noise(size[0], size[1]);
                     const int level = static_cast<int>(percent / 100.0 * 32767.0 + 0.5);
                     EXPECT_TRUE(
-                        Same(*RunTrace(*in, percent, over, mono, 3), *PlainTrace(*in, level, over, mono)))
+                        Same(*RunTrace(*in, percent, over, mono), *PlainTrace(*in, level, over, mono)))
                         << size[0] << " x " << size[1] << " level " << percent << " over " << over;
                 }
 }
@@ -56,33 +53,12 @@ TEST(Trace, AFlatPictureHasNoContour) {
     }
 }
 
-TEST(Trace, EachChannelHasItsLineUnlessMono) {
-    const Picture in = MakePicture(9, 4, [](int x, int, int c) { return x >= 2 * c + 1 ? 30000 : 1000; });
-    const Picture lines = RunTrace(*in, 50.0);
-    const Picture mono = RunTrace(*in, 50.0, false, true);
-    for (int x = 0; x < 9; ++x) {
-        for (int c = 0; c < 4; ++c) EXPECT_EQ(lines->Rows[1][4 * x + c], x == 2 * c ? 32767 : 0);
-        EXPECT_EQ(mono->Rows[1][4 * x + 2], x == 0 || x == 2 || x == 4 ? 32767 : 0);
-        EXPECT_EQ(mono->Rows[1][4 * x + 3], x == 6 ? 32767 : 0) << "alpha keeps its own line";
-    }
-}
-
 TEST(Trace, LevelsBeyondAllWordsMarkNothing) {
     const Picture in = Noise(11, 9);
     const Picture black = Flat(11, 9, 0);
     for (double level : {-1.0, 100.0, 1e300, -1e300, std::numeric_limits<double>::infinity()})
         EXPECT_TRUE(Same(*RunTrace(*in, level), *black)) << level;
     EXPECT_TRUE(Same(*RunTrace(*in, std::numeric_limits<double>::quiet_NaN()), *RunTrace(*in, 0.0)));
-}
-
-TEST(Trace, LeavesAlphaAloneWhenAsked) {
-    const Picture in = Noise(12, 9);
-    const Picture want = RunTrace(*in, 40.0);
-    want->CopyAlpha(in.get());
-    CoreRunner<Trace> runner;
-    runner.core.Leve.Value = 40.0;
-    runner.core.ProcessAlpha = false;
-    EXPECT_TRUE(Same(*runner.Run(*in), *want));
 }
 
 } // namespace

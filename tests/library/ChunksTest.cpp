@@ -1,6 +1,6 @@
 #include "library/Chunks.h"
 
-#include "tests/support/CoreRunner.h"
+#include "tests/library/Dispatch.h"
 
 #include <string>
 #include <thread>
@@ -45,23 +45,11 @@ using Ranges = std::vector<std::pair<int, int>>;
 
 TEST_F(Chunks, RowsAreSharedOut) {
     EXPECT_EQ(RangesOf(1, 1080), (Ranges{{0, 1079}}));
-    EXPECT_EQ(
-        RangesOf(8, 1080),
-        (Ranges{
-            {0, 134}, {135, 269}, {270, 404}, {405, 539}, {540, 674}, {675, 809}, {810, 944}, {945, 1079}}));
-    EXPECT_EQ(RangesOf(8, 1083).back(), std::make_pair(945, 1082));
-    EXPECT_EQ(core.Threads, 8);
-}
-
-TEST_F(Chunks, LastChunkDoesAllOfFewRows) {
-    const Ranges ranges = RangesOf(8, 5);
-    EXPECT_EQ(ranges, (Ranges{{0, -1}, {0, -1}, {0, -1}, {0, -1}, {0, -1}, {0, -1}, {0, -1}, {0, 4}}));
+    EXPECT_EQ(RangesOf(4, 1083), (Ranges{{0, 269}, {270, 539}, {540, 809}, {810, 1082}}));
+    EXPECT_EQ(core.Threads, 4);
+    EXPECT_EQ(RangesOf(4, 3), (Ranges{{0, -1}, {0, -1}, {0, -1}, {0, 2}})) << "the last chunk does all";
     for (const auto& [first, last] : RangesOf(3, 0)) EXPECT_GT(first, last);
-}
-
-TEST_F(Chunks, NoProcessorsCountAsOne) {
-    EXPECT_EQ(RangesOf(0, 7), (Ranges{{0, 6}}));
-    EXPECT_EQ(RangesOf(-3, 7), (Ranges{{0, 6}}));
+    for (int none : {0, -3}) EXPECT_EQ(RangesOf(none, 7), (Ranges{{0, 6}})) << "counts as one processor";
     EXPECT_EQ(core.Threads, 1);
 }
 
@@ -108,17 +96,12 @@ TEST_F(Chunks, TwoOperatorsAtOnceKeepToTheirOwnRecords) {
     std::vector<std::thread> frames;
     for (int threads : {1, 2, 3, 4})
         frames.emplace_back([threads] {
-            TestOwner mine;
-            mine.Threads = threads;
-            mine.OnThreads = true;
-            ChunkRecord own;
-            own.Owner = &mine;
-            const CurrentChunksScope scope(&own);
+            const Dispatch dispatch(threads, true);
             const Picture image = Flat(1, 11, 0);
             for (int i = 0; i < 50; ++i) {
                 RunImageChunks(image.get(), CountRows, 11);
-                ASSERT_EQ(own.Threads, threads);
-                ASSERT_EQ(own.ImageContext, image.get());
+                ASSERT_EQ(dispatch.record.Threads, threads);
+                ASSERT_EQ(dispatch.record.ImageContext, image.get());
             }
             EXPECT_TRUE(Same(*image, *MakePicture(1, 11, [](int, int, int c) { return c == 0 ? 50 : 0; })));
         });

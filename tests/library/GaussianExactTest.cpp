@@ -4,7 +4,6 @@
 #include "tests/support/Pictures.h"
 
 #include <cmath>
-#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -18,27 +17,22 @@ std::vector<std::uint32_t> Weights(float radius) {
 
 TEST(GaussianKernel1D, HasTheWorkedWeights) {
     using Table = std::vector<std::uint32_t>;
-    EXPECT_EQ(Weights(0.01f), (Table{65536}));
-    EXPECT_EQ(Weights(0.5f), (Table{65536}));
     EXPECT_EQ(Weights(1.0f), (Table{712, 64112, 712}));
     EXPECT_EQ(Weights(2.0f), (Table{435, 12728, 39210, 12728, 435}));
     EXPECT_EQ(Weights(3.0f), (Table{290, 3539, 15862, 26154, 15862, 3539, 290}));
+    for (float radius : {-3.0f, 0.0f, 0.01f, 0.5f, 1e5f, 1e9f, INFINITY, std::nanf("")})
+        EXPECT_EQ(Weights(radius), Table{65536}) << radius;
 }
 
 TEST(GaussianKernel1D, IsSymmetricAndAddsUpAtEveryRadius) {
-    for (float radius : {-5.0f, 0.0f, 0.7f, 1.3f, 2.5f, 57.6f, 480.0f, 5000.0f, 60000.0f, 99999.0f, 1e9f}) {
+    for (float radius : {0.7f, 1.3f, 2.5f, 57.6f, 480.0f, 5000.0f, 60000.0f, 99999.0f}) {
         const std::vector<std::uint32_t> weights = Weights(radius);
         EXPECT_EQ(weights.size() % 2, 1u) << radius;
         EXPECT_EQ(std::accumulate(weights.begin(), weights.end(), std::uint64_t{0}), 65536u) << radius;
         EXPECT_TRUE(std::equal(weights.begin(), weights.end(), weights.rbegin())) << radius;
     }
-}
-
-TEST(GaussianKernel1D, IsASingleTapWhereTheOthersVanish) {
     const std::vector<std::uint32_t> last = Weights(99999.0f); // the largest radius that is worked out
     EXPECT_EQ(last[last.size() / 2], 65536u);
-    for (float radius : {1e5f, 1e9f, std::numeric_limits<float>::infinity(), std::nanf("")})
-        EXPECT_EQ(Weights(radius).size(), 1u) << radius;
 }
 
 /// One pass as it is defined: every tap of every pixel tested against the ends of the line.
@@ -91,16 +85,6 @@ TEST(GaussianExact, FadesTowardsTheBorderOrRepeatsTheEdge) {
         out->GaussianExact(radius, true, flat.get(), 2, true);
         EXPECT_TRUE(Same(*out, *flat)) << radius;
     }
-}
-
-TEST(GaussianExact, SmallRadiiChangeNothing) {
-    const Picture in = Noise(12, 11);
-    for (float radius : {-3.0f, 0.0f, 0.5f, std::nanf("")})
-        for (bool dupEdges : {false, true}) {
-            const Picture out = Flat(12, 11, 0);
-            out->GaussianExact(radius, dupEdges, in.get(), 2, true);
-            EXPECT_TRUE(Same(*out, *in)) << radius;
-        }
 }
 
 TEST(GaussianExact, BothDirectionsAreRowsThenColumnsAlsoInPlace) {

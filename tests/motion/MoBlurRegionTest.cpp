@@ -37,35 +37,15 @@ TEST(MoBlurRegion, IsTheUnionOfTheBoundsOfTwoFrames) {
     shot.ExpectRegion(15, 60, 25, 70);
 }
 
-TEST(MoBlurRegion, IsTheWholeFrameWhereNothingIsBright) {
+TEST(MoBlurRegion, IsTheWholeFrameWhereNothingIsAboveTheThreshold) {
     MatteShot shot;
     shot.Frame(3);
     shot.ExpectRegion(0, 99, 0, 79);
-    shot.core.ABsh.Value = 1e300;
-    shot.Frame(1);
-    shot.ExpectRegion(0, 99, 0, 79);
-}
-
-TEST(MoBlurRegion, CountsFromTheThresholdOn) {
-    // 30000 of 32767 is 91.55 percent.
-    MatteShot shot;
-    shot.core.ABsh.Value = 91.5;
-    shot.Frame(1);
-    shot.ExpectRegion(10, 30, 25, 40);
-    shot.core.ABsh.Value = 91.6;
-    shot.Frame(1);
-    shot.ExpectRegion(0, 99, 0, 79);
-}
-
-TEST(MoBlurRegion, IsKeyedOnlyWhenAsked) {
-    MatteShot shot;
-    shot.Frame(1);
-    EXPECT_EQ(shot.centre.Writes, 1);
-    EXPECT_EQ(shot.centre.LastTime, kTimeNow);
-    shot.core.Auey.Value = 1;
-    shot.Frame(2);
-    EXPECT_EQ(shot.scaleY.Writes, 3);
-    EXPECT_EQ(shot.scaleY.LastTime, 2.0);
+    for (double threshold : {91.5, 91.6, 1e300}) { // 30000 of 32767 is 91.55 percent
+        shot.core.ABsh.Value = threshold;
+        shot.Frame(1);
+        threshold < 91.55 ? shot.ExpectRegion(10, 30, 25, 40) : shot.ExpectRegion(0, 99, 0, 79);
+    }
 }
 
 TEST(MoBlurRegion, StaysWithTheControlsWhenTheMatteCannotBeRead) {

@@ -1,10 +1,8 @@
 #include "motion/MoBlur.h"
 
-#include "baselib/HeapMonitor.h"
 #include "tests/motion/PlainMotion.h"
 #include "tests/motion/Shot.h"
-
-#include <initializer_list>
+#include "tests/support/FailingMemory.h"
 
 namespace k7::test {
 namespace {
@@ -67,80 +65,41 @@ TEST(MoBlur, RestoresAlphaWhenAsked) {
     EXPECT_TRUE(Same(*shot.Frame(2), *want));
 }
 
-TEST(MoBlur, TakesAnyRegion) {
-    for (double value : std::initializer_list<double>{NAN, INFINITY, -INFINITY, 1e300, -1e300, 0.0, -0.5}) {
-        Shot shot(60, 50);
-        shot.core.Cere.Value = {value, value};
-        shot.core.XSle.Value = value;
-        const Picture out = shot.Frame(1);
-        for (int i = 0; i < 60 * 50 * 4; ++i) ASSERT_LE(out->Pixels[i], 32767);
-    }
-}
-
-TEST(MoBlurControls, FollowTheirSwitches) {
+TEST(MoBlurControls, OnlyABoundThatIsOnEndsTheMatchOfTheScales) {
     Shot shot;
-    shot.match.X = 1.0;
-    shot.core.RefreshControls();
-    EXPECT_FALSE(shot.scaleY.Shown);
-
-    shot.autoBound.X = 1.0;
-    shot.core.AutoBoundChanged(7.0);
-    EXPECT_TRUE(shot.threshold.Shown);
-    EXPECT_FALSE(shot.autoKey.Disabled);
-    EXPECT_EQ(shot.match.X, 0.0);
-    EXPECT_EQ(shot.match.LastTime, kTimeNow);
-
-    shot.core.RefreshControls();
-    EXPECT_TRUE(shot.scaleY.Shown);
-
-    shot.match.X = 1.0;
-    shot.autoBound.X = 0.0;
-    shot.core.AutoBoundChanged(7.0);
-    EXPECT_FALSE(shot.threshold.Shown);
-    EXPECT_TRUE(shot.autoKey.Disabled);
-    EXPECT_EQ(shot.match.X, 1.0);
+    for (bool on : {true, false}) {
+        shot.match.X = 1.0;
+        shot.autoBound.X = on;
+        shot.core.AutoBoundChanged(7.0);
+        EXPECT_EQ(shot.match.X, on ? 0.0 : 1.0);
+        EXPECT_EQ(shot.match.LastTime, kTimeNow);
+        shot.core.RefreshControls();
+        EXPECT_EQ(shot.scaleY.Shown, on);
+    }
 }
 
-/// Image blocks come from the runtime library until a number of them has been given out.
-struct ShortOfMemory {
-    explicit ShortOfMemory(int blocks) : left(blocks) {
-        const auto alloc = [](void* context, std::size_t size) {
-            int& rest = static_cast<ShortOfMemory*>(context)->left;
-            return rest-- > 0 ? std::malloc(size) : nullptr;
-        };
-        hm_image_hooks = {this, alloc, [](void*, void* block) { std::free(block); }};
-        hm_enabled = hm_use_image_hooks = 1;
-    }
-    ~ShortOfMemory() { hm_enabled = hm_use_image_hooks = 0; }
-    int left;
-};
-
-TEST(MoBlurMemory, WithoutItTheFramePassesThroughAndTheNextTriesAgain) {
-    int failures = 0;
-    for (int blocks = 0; blocks < 30; ++blocks) {
+TEST(MoBlurMemory, WithoutItTheFramePassesThroughTheNextTriesAgainAndTheBufferIsNamed) {
+    const Picture want = Shot().Frame(2);
+    std::vector<std::string> messages;
+    bool sufficed = false;
+    for (int blocks = 2; !sufficed; ++blocks) { // two for the output of the runner
         Shot shot;
-        const Picture want = shot.Frame(2);
-        Shot poor;
         {
-            // The output of the runner is one of the blocks.
-            const ShortOfMemory shortage(blocks + 1);
-            const Picture out = poor.Frame(2);
-            ASSERT_TRUE(Same(*out, shortage.left >= 0 ? *want : poor.At(2))) << blocks;
-            failures += shortage.left < 0;
+            const FailingMemory memory(blocks);
+            const Picture out = shot.Frame(2);
+            sufficed = memory.Sufficed();
+            ASSERT_TRUE(Same(*out, sufficed ? *want : shot.At(2))) << blocks;
         }
-        EXPECT_LE(poor.owner.Messages.size(), 1u);
-        EXPECT_TRUE(Same(*poor.Frame(2), *want));
+        EXPECT_LE(shot.owner.Messages.size(), 1u);
+        for (const std::string& message : shot.owner.Messages)
+            if (messages.empty() || messages.back() != message) messages.push_back(message);
+        EXPECT_TRUE(Same(*shot.Frame(2), *want)) << blocks;
     }
-    EXPECT_EQ(failures, 12); // the earlier frame and eleven work buffers
-}
-
-TEST(MoBlurMemory, NamesTheBufferThatIsMissing) {
-    Shot shot;
-    {
-        const ShortOfMemory shortage(4); // the output, the earlier frame, two planes
-        shot.Frame(2);
-    }
-    EXPECT_EQ(shot.owner.Messages, std::vector<std::string>{"Failed to get memory for buffer 02"});
+    std::vector<std::string> named;
+    for (const char* number : {"00", "01", "02", "03", "04", "05", "06", "07", "08", "09", "10"})
+        named.push_back(std::string("Failed to get memory for buffer ") + number);
+    named.insert(named.end(), {"Failed to blur cimg 1\n", "Failed to blur cimg 2\n"});
+    EXPECT_EQ(messages, named);
 }
 
 } // namespace

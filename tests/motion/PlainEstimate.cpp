@@ -29,42 +29,37 @@ std::vector<float> PlainKernel(float size) {
 }
 
 Plane<int> PlainGrey(const K7Image& picture, int low, int high, float preBlur) {
-    Plane<int> grey(picture.Width, picture.Height);
-    if (low == high) return grey;
+    const int width = picture.Width;
+    const int height = picture.Height;
+    if (low == high) return {width, height};
     const float s = 255.0f / static_cast<float>(high - low);
-    for (int y = 0; y < picture.Height; ++y)
-        for (int x = 0; x < picture.Width; ++x)
-            grey.At(x, y) = static_cast<int>(static_cast<float>(LumaAt(picture, x, y) - low) * s);
-
+    const Plane<float> grey(width, height, [&](int x, int y) {
+        return std::trunc(static_cast<float>(LumaAt(picture, x, y) - low) * s);
+    });
     const std::vector<float> kernel = PlainKernel(preBlur);
-    const int count = static_cast<int>(kernel.size());
-    const auto tap = [&](int k) { return kernel[static_cast<std::size_t>(k)]; };
-    Plane<float> rows(picture.Width, picture.Height);
-    for (int y = 0; y < picture.Height; ++y)
-        for (int x = 0; x < picture.Width; ++x)
-            for (int k = 0; k < count; ++k)
-                rows.At(x, y) += static_cast<float>(grey.Nearest(x + k - count / 2, y)) * tap(k);
-    for (int y = 0; y < picture.Height; ++y)
-        for (int x = 0; x < picture.Width; ++x) {
-            float sum = 0;
-            for (int k = 0; k < count; ++k) sum += rows.Nearest(x, y + k - count / 2) * tap(k);
-            grey.At(x, y) = static_cast<int>(std::clamp(sum, 0.0f, 255.0f));
-        }
-    return grey;
+    const auto blurred = [&](auto tap) {
+        float sum = 0;
+        const int count = static_cast<int>(kernel.size());
+        for (int k = 0; k < count; ++k) sum += tap(k - count / 2) * kernel[static_cast<std::size_t>(k)];
+        return sum;
+    };
+    const Plane<float> rows(
+        width, height, [&](int x, int y) { return blurred([&](int k) { return grey.Nearest(x + k, y); }); });
+    return {width, height, [&](int x, int y) {
+                const float sum = blurred([&](int k) { return rows.Nearest(x, y + k); });
+                return static_cast<int>(std::clamp(sum, 0.0f, 255.0f));
+            }};
 }
 
 std::vector<Plane<int>> PlainPyramid(Plane<int> grey) {
     std::vector<Plane<int>> levels = {std::move(grey)};
-    while (levels.size() < 4) {
-        const Plane<int>& from = levels.back();
-        Plane<int> to(from.width / 2, from.height / 2);
-        for (int y = 0; y < to.height; ++y)
-            for (int x = 0; x < to.width; ++x)
-                to.At(x, y) = (from.At(2 * x, 2 * y) + from.At(2 * x + 1, 2 * y) + from.At(2 * x, 2 * y + 1) +
-                               from.At(2 * x + 1, 2 * y + 1)) >>
-                              2;
-        levels.push_back(std::move(to));
-    }
+    while (levels.size() < 4)
+        levels.emplace_back(levels.back().width / 2, levels.back().height / 2,
+                            [from = levels.back()](int x, int y) {
+                                return (from.At(2 * x, 2 * y) + from.At(2 * x + 1, 2 * y) +
+                                        from.At(2 * x, 2 * y + 1) + from.At(2 * x + 1, 2 * y + 1)) >>
+                                       2;
+                            });
     return levels;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "library/K7Image.h"
+#include "motion/BlurRendering.h"
 
 #include <vector>
 
@@ -13,6 +14,12 @@ struct Plane {
         : width(w)
         , height(h)
         , values(static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) {}
+    /// Filled with what a function gives for each place.
+    template <class Function>
+    Plane(int w, int h, Function value) : Plane(w, h) {
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) At(x, y) = value(x, y);
+    }
 
     Value& At(int x, int y) {
         return values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
@@ -45,15 +52,8 @@ bool PlainMatchBlock(const Plane<int>& current, const Plane<int>& previous, int 
 PlainField PlainEstimate(const K7Image& previous, const K7Image& current, float preBlur, float outlierLimit,
                          const int (&region)[4]);
 
-struct PlainPaths {
-    int stepLimit;
-    float scale;
-    float startWeight;
-    float endWeight;
-};
-
 /// The renderer as its definition reads, divided into chunks of rows as a frame is divided among threads.
 void PlainRender(K7Image& output, const K7Image& previous, const K7Image& current, const PlainField& field,
-                 const PlainPaths& paths, int chunks);
+                 const BlurPaths& paths, int chunks);
 
 } // namespace k7::test

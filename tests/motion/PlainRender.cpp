@@ -20,7 +20,7 @@ struct PlainChunk {
     Canvas& canvas;
     const K7Image& previous;
     const K7Image& current;
-    const PlainPaths& paths;
+    const BlurPaths& paths;
     int first;
     int last;
 
@@ -50,8 +50,8 @@ struct PlainChunk {
         if (std::fabs(dx) < 0.0001 && std::fabs(dy) < 0.0001) return Add(x, y, 1, p);
 
         const float fromX = static_cast<float>(x), fromY = static_cast<float>(y);
-        const float ex = End(fromX + paths.scale * dx, previous.Width);
-        const float ey = End(fromY + paths.scale * dy, previous.Height);
+        const float ex = End(fromX + paths.Scale * dx, previous.Width);
+        const float ey = End(fromY + paths.Scale * dy, previous.Height);
         if (std::max(fromY, ey) < static_cast<float>(first)) return;
         if (std::min(fromY, ey) > static_cast<float>(last + 1)) return;
 
@@ -60,11 +60,10 @@ struct PlainChunk {
         for (int c = 0; c < 4; ++c) q[c] = Bilinear(sx, sy, c);
         const float px = ex - fromX, py = ey - fromY;
         int n = static_cast<int>((std::sqrt(px * px + py * py) + 1.0f) * 1.5f);
-        n = n < 2 ? 2 : std::min(n, paths.stepLimit);
+        n = n < 2 ? 2 : std::min(n, paths.StepLimit);
         for (int i = 0; i < n; ++i) {
             const float t = static_cast<float>(i) / static_cast<float>(n - 1);
-            const float w = (std::max(paths.endWeight, 1.0f) - std::max(paths.startWeight, 1.0f)) * t +
-                            std::max(paths.startWeight, 1.0f);
+            const float w = (paths.EndWeight - paths.StartWeight) * t + paths.StartWeight;
             float colour[4];
             for (int c = 0; c < 4; ++c) colour[c] = (q[c] - p[c]) * t + p[c];
             Sample(px * t + fromX, py * t + fromY, w, colour);
@@ -84,13 +83,11 @@ struct PlainChunk {
 Canvas PlainHalf(const Canvas& from) {
     Canvas to(from.Width() / 2, from.Height() / 2);
     for (std::size_t c = 0; c < 5; ++c)
-        for (int y = 0; y < to.Height(); ++y)
-            for (int x = 0; x < to.Width(); ++x) {
-                const Plane<float>& plane = from.planes[c];
-                const float sum = plane.At(2 * x, 2 * y) + plane.At(2 * x + 1, 2 * y) +
-                                  plane.At(2 * x, 2 * y + 1) + plane.At(2 * x + 1, 2 * y + 1);
-                to.planes[c].At(x, y) = static_cast<float>(sum * 0.25);
-            }
+        to.planes[c] = {to.Width(), to.Height(), [&from = from.planes[c]](int x, int y) {
+                            return (from.At(2 * x, 2 * y) + from.At(2 * x + 1, 2 * y) +
+                                    from.At(2 * x, 2 * y + 1) + from.At(2 * x + 1, 2 * y + 1)) *
+                                   0.25f;
+                        }};
     return to;
 }
 
@@ -110,7 +107,7 @@ void PlainResolve(K7Image& output, const std::vector<Canvas>& levels, int x, int
 } // namespace
 
 void PlainRender(K7Image& output, const K7Image& previous, const K7Image& current, const PlainField& field,
-                 const PlainPaths& paths, int chunks) {
+                 const BlurPaths& paths, int chunks) {
     const int width = output.Width;
     const int height = output.Height;
     std::vector<Canvas> levels(1, Canvas(width, height));
