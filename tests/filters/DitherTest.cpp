@@ -57,6 +57,7 @@ TEST(Dither, PatternGoesOnChangingLateInTheClip) {
     for (double time : {5.0, 1738.0, 1739.0, 5000.0, 1e6, -3.0})
         EXPECT_FALSE(Same(*at(time), *at(time + 1.0))) << time;
 
+    EXPECT_TRUE(Same(*at(HUGE_VAL), *at(0.0)));
     const Picture want = K7Image::MakeCopy(*in);
     PlainChunk(*in, *want, 0, 19, static_cast<std::uint32_t>(6172835000ull), 8, 8, 1, false);
     EXPECT_TRUE(Same(*at(5000.0), *want)) << "5000 x 1234567 modulo 2^32";

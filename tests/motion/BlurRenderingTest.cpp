@@ -66,11 +66,13 @@ TEST(BlurRendering, IsTheFrameOfTheDefinition) {
                                  *RenderPlain(*previous, *current, field, paths, threads)))
                     << size[0] << " x " << size[1] << " scale " << paths.Scale << " threads " << threads;
         }
-    // What is no number counts as the least.
+    // What is no number counts as the least; sums keep within the range of a float.
     const Picture previous = Noise(40, 30, 1);
     const PlainField field = MixedField(40, 30, 2);
     EXPECT_TRUE(Same(*Render(*previous, *previous, field, {6, NAN, NAN, NAN}),
                      *RenderPlain(*previous, *previous, field, {6, 0.0f, 1.0f, 1.0f})));
+    EXPECT_TRUE(Same(*Render(*previous, *previous, field, {6, INFINITY, 3e38f, INFINITY}),
+                     *RenderPlain(*previous, *previous, field, {6, 1e9f, 1e25f, 1e25f})));
 }
 
 TEST(BlurRendering, ClosesHolesFromCoarserLevels) {

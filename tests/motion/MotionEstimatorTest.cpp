@@ -128,6 +128,14 @@ TEST(MotionEstimator, SmallFramesAndRegionsOutsideHaveNoMotion) {
                            PlainField(50, 40)));
 }
 
+TEST(MotionEstimator, TakesAnyBlurAndLimit) {
+    for (float value : {NAN, INFINITY, -INFINITY, 3e38f}) {
+        const Estimate found(*Noise(50, 40, 1), *Noise(50, 40, 2), kEverywhere, value, value, 2);
+        ASSERT_NE(found.field, nullptr);
+        for (int i = 0; i < 50 * 40; ++i) ASSERT_TRUE(std::isfinite(found.field->Dx[i] + found.field->Dy[i]));
+    }
+}
+
 TEST(MotionEstimator, FlatFramesReportAndDoNotMove) {
     const Picture flat = Flat(40, 40, 9000);
     const Estimate found(*flat, *flat);
