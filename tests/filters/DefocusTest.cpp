@@ -34,9 +34,6 @@ TEST(Defocus, RunsThePassesOfItsModeAndDirection) {
                 runner.core.DpEd.Value = dupEdges;
                 const Picture want = PlainDefocus(*in, 5.0f, 10.0f, mode, dupEdges, dire);
                 EXPECT_TRUE(Same(*runner.Run(*in, 3), *want)) << "mode " << mode << " direction " << dire;
-                runner.core.ProcessAlpha = false;
-                want->CopyAlpha(in.get());
-                EXPECT_TRUE(Same(*runner.Run(*in), *want)) << "without alpha";
             }
 }
 

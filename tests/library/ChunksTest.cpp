@@ -73,23 +73,15 @@ void CountRows(K7Image* image, int first, int last, int) {
 TEST_F(Chunks, ImageOperationsRunUnderTheRecordOfTheirThread) {
     const Picture image = Flat(1, 40, 0);
     RunImageChunks(image.get(), CountRows, 40); // no record: one chunk on this thread
-    EXPECT_EQ(record.ImageContext, nullptr);
     {
-        const CurrentChunksScope scope(&record);
-        owner.Threads = 3;
+        const Dispatch outer(3);
         RunImageChunks(image.get(), CountRows, 40);
-        EXPECT_EQ(record.ImageContext, image.get());
-        EXPECT_EQ(record.Threads, 3);
-        {
-            ChunkRecord inner;
-            const CurrentChunksScope innerScope(&inner);
-            EXPECT_EQ(CurrentChunks(), &inner);
-        }
-        EXPECT_EQ(CurrentChunks(), &record);
+        EXPECT_EQ(outer.record.ImageContext, image.get());
+        EXPECT_EQ(outer.record.Threads, 3);
+        EXPECT_EQ(CurrentChunks(), &outer.record) << "as before the chunks";
     }
     EXPECT_EQ(CurrentChunks(), nullptr);
-    EXPECT_EQ(image->Rows[39][0], 2);
-    EXPECT_EQ(image->Rows[0][0], 2);
+    EXPECT_TRUE(Same(*image, *MakePicture(1, 40, [](int, int, int c) { return c == 0 ? 2 : 0; })));
 }
 
 TEST_F(Chunks, TwoOperatorsAtOnceKeepToTheirOwnRecords) {
