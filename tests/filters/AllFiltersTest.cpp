@@ -10,7 +10,6 @@
 #include "tests/support/CoreRunner.h"
 
 #include <cmath>
-#include <type_traits>
 
 namespace k7::test {
 namespace {
@@ -48,8 +47,13 @@ TYPED_TEST(AllFilters, LeaveAlphaAloneWhenAsked) {
     EXPECT_TRUE(Same(*this->runner.Run(*this->in, 2), *want));
 }
 
-TYPED_TEST(AllFilters, DoNotTouchAnAbortedFrame) {
-    if (std::is_same_v<TypeParam, VGaussian>) return; // its frames run to their end
+/// All but VGaussian, whose frames run to their end.
+template <class Core>
+struct StoppableFilters : AllFilters<Core> {};
+using Stoppable = testing::Types<Clean, CrashZoom, DBlur, Defocus, Dither, Sharpen, Trace>;
+TYPED_TEST_SUITE(StoppableFilters, Stoppable);
+
+TYPED_TEST(StoppableFilters, DoNotTouchAnAbortedFrame) {
     this->runner.owner.Aborted = true;
     EXPECT_TRUE(Same(*this->runner.Run(*this->in), *this->in));
 }
