@@ -27,24 +27,24 @@ protected:
     std::unique_ptr<host::Request> request;
 };
 
-TEST_F(OperatorFrame, ValuesReachTheCoreByTheirKind) {
+TEST_F(OperatorFrame, ValuesReachTheCoreByTheirKindAndStayForTheFrame) {
     Write("Size", 2.75);
-    Write("Coun", -7.9);
     Write("Flag", 0.25);
     Write("Mode", 1.0);
-    Write("LooR", 1.5);
-    Write("LooG", 0.5);
     core.OnProcess = [this] {
+        Write("Size", 8.0);
         EXPECT_EQ(core.Size.Value, 2.75);
-        EXPECT_EQ(core.Count.Value, -7);
+        EXPECT_EQ(core.Count.Value, 3);
         EXPECT_EQ(core.Flag.Value, 1);
         EXPECT_EQ(core.Mode.Value, 2);
         EXPECT_EQ(core.Centre.Value.x, 0.2);
         EXPECT_EQ(core.Centre.Value.y, 0.3);
+        EXPECT_EQ(core.Colour.Value[1], 16383);
         EXPECT_EQ(core.File.Value, "a.txt");
     };
-    ASSERT_TRUE(Render());
+    EXPECT_TRUE(Render());
     EXPECT_EQ(core.Frames, 1);
+    EXPECT_EQ(core.Size.Value, 8.0);
 }
 
 TEST_F(OperatorFrame, TheCoreFindsItsPicturesAndTheOutputStartsAsACopy) {
@@ -52,9 +52,9 @@ TEST_F(OperatorFrame, TheCoreFindsItsPicturesAndTheOutputStartsAsACopy) {
     core.OnProcess = [this] {
         ASSERT_TRUE(core.Input.Image && core.Output.Image && core.Second.Image);
         EXPECT_NE(core.Input.Image, core.Output.Image);
-        EXPECT_EQ(core.Input.Image->Rows[2][4 * 3 + 1], (11000 + 2) / 2);
-        EXPECT_EQ(core.Output.Image->Rows[2][4 * 3 + 1], (11000 + 2) / 2);
-        EXPECT_EQ(core.Second.Image->Rows[2][4 * 3 + 1], (11000 + 2) / 2); // the main picture stands in
+        for (const K7Image* image : {core.Input.Image, core.Output.Image, core.Second.Image})
+            EXPECT_EQ(image->Rows[2][4 * 3 + 1],
+                      (11000 + 2) / 2); // where nothing is linked the main one stands in
         EXPECT_EQ(core.Time, 5.0);
         EXPECT_EQ(core.ExtentStart, 2.0);
         EXPECT_EQ(core.ExtentEnd, 9.0);
@@ -65,26 +65,18 @@ TEST_F(OperatorFrame, TheCoreFindsItsPicturesAndTheOutputStartsAsACopy) {
     ASSERT_TRUE(result);
     EXPECT_EQ(PixelAt(*result, 0, 0).Red, 65535);
     EXPECT_EQ(PixelAt(*result, 1, 0).Red, 1000);
-    EXPECT_EQ(core.Input.Image, nullptr);
-    EXPECT_EQ(core.Output.Image, nullptr);
+    EXPECT_TRUE(!core.Input.Image && !core.Second.Image && !core.Output.Image);
 }
 
-TEST_F(OperatorFrame, ControlsAreRefreshedOnceInALife) {
-    Render();
-    Render();
+TEST_F(OperatorFrame, ControlsAreRefreshedOnceAndAFrameThatFailsHasNoOutput) {
+    EXPECT_TRUE(Render() && Render());
     EXPECT_EQ(core.Refreshes, 1);
-    EXPECT_EQ(core.Frames, 2);
-}
-
-TEST_F(OperatorFrame, AnAbortedFrameHasNoOutput) {
     core.OnProcess = [this] { op->AbortFlag = true; };
     EXPECT_EQ(Render(), nullptr);
-}
-
-TEST_F(OperatorFrame, WithoutAPictureThereIsNoFrame) {
+    EXPECT_EQ(core.Frames, 3);
     clip.Fails = true;
     EXPECT_EQ(Render(), nullptr);
-    EXPECT_EQ(core.Frames, 0);
+    EXPECT_EQ(core.Frames, 3);
 }
 
 TEST_F(OperatorFrame, ACoreWithoutMemoryGivesAFrameWithoutOutput) {
@@ -93,25 +85,18 @@ TEST_F(OperatorFrame, ACoreWithoutMemoryGivesAFrameWithoutOutput) {
         throw std::bad_alloc();
     };
     EXPECT_EQ(Render(), nullptr);
-    EXPECT_EQ(core.Input.Image, nullptr);
-    EXPECT_EQ(core.Second.Image, nullptr);
-    EXPECT_EQ(core.Output.Image, nullptr);
+    EXPECT_TRUE(!core.Input.Image && !core.Second.Image && !core.Output.Image);
     EXPECT_EQ(core.Size.Value, 7.0); // mirrored after the frame, as ever
     core.OnProcess = {};
     EXPECT_TRUE(Render());
 }
 
-TEST_F(OperatorFrame, ChangesAreMirroredAndReactedTo) {
+TEST_F(OperatorFrame, ChangesAreMirroredAndReactedToWithoutAnEcho) {
     Write("Size", 4.0, 7.0);
     EXPECT_EQ(core.Size.Value, 4.0);
     EXPECT_EQ(op->SizeChanges, std::vector<double>{7.0});
-    Write("Flag", 0.0);
-    EXPECT_EQ(core.Flag.Value, 0); // never mirrored: still the value of construction
     Write("Flag", 1.0);
-    EXPECT_EQ(core.Flag.Value, 0);
-}
-
-TEST_F(OperatorFrame, OwnWritesDoNotEcho) {
+    EXPECT_EQ(core.Flag.Value, 0); // never mirrored: still the value of construction
     Write("LooG", 0.75);
     EXPECT_EQ(op->ColourChanges, 1);
     EXPECT_FALSE(core.Colour.Changing);
@@ -133,25 +118,10 @@ TEST_F(OperatorFrame, NoValueNoTimeAndASilentDocumentChangeNothing) {
     EXPECT_EQ(op->ChangeCount(), counted + 1);
 }
 
-TEST_F(OperatorFrame, AFrameKeepsItsValues) {
-    Write("Size", 4.0);
-    core.OnProcess = [this] {
-        Write("Size", 8.0);
-        EXPECT_EQ(core.Size.Value, 4.0);
-    };
-    Render();
-    EXPECT_EQ(core.Size.Value, 8.0);
-}
-
 TEST_F(OperatorFrame, InputsCarryTheirTags) {
-    const host::Input* size = op->FindInput("Size");
-    EXPECT_EQ(size->GetAttrD(host::kTagShownHigh), 10.0);
-    EXPECT_EQ(size->GetAttrI(host::kTagReacts), 1);
-    EXPECT_FALSE(size->HasAttr(host::kTagInteger));
-    EXPECT_EQ(op->FindInput("Coun")->GetAttrI(host::kTagInteger), 1);
+    EXPECT_EQ(op->FindInput("Size")->GetAttrI(host::kTagReacts), 1);
+    EXPECT_FALSE(op->FindInput("Size")->HasAttr(host::kTagInteger));
     EXPECT_EQ(op->FindInput("Mode")->GetAttrI(host::kTagShown, 1), 0);
-    EXPECT_EQ(op->FindInput("Mode")->GetAttrD(host::kTagShownHigh), 1.0);
-    EXPECT_EQ(op->FindInput("Cent")->GetAttrI(host::kTagPage), 1);
     EXPECT_EQ(op->FindInput("LooB")->GetAttrI(host::kTagColourChannel, -1), 2);
     EXPECT_FALSE(op->FindInput("LooA")->HasAttr(host::kTagColourGroup));
     EXPECT_EQ(op->FindInput("LooA")->GetAttrI(host::kTagShown, 1), 0);

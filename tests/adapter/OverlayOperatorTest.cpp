@@ -81,34 +81,38 @@ protected:
     OverlayOperator() {
         document.CurrentTime = 7.0;
         tool.AddControls(&view, nullptr);
-        tool.GLDrawControls(Control(), &view, nullptr);
+        Draw();
     }
 
     host::OperatorControl* Control() { return tool.Controls.Entries.at(0).get(); }
-    void PointTo(double x, double y) {
+    BlindView* PointTo(double x, double y) {
         view.PointerX = x;
         view.PointerY = y;
+        return &view;
     }
-    int Down(double x, double y) {
-        PointTo(x, y);
-        return tool.ControlDown(Control(), &view, nullptr, nullptr);
-    }
-    void Move(double x, double y) {
-        PointTo(x, y);
-        tool.ControlMove(Control(), &view, nullptr, nullptr);
-    }
-    void Up(double x, double y) {
-        PointTo(x, y);
-        tool.ControlUp(Control(), &view, nullptr, nullptr);
+    int Down(double x, double y) { return tool.ControlDown(Control(), PointTo(x, y), nullptr, nullptr); }
+    void Move(double x, double y) { tool.ControlMove(Control(), PointTo(x, y), nullptr, nullptr); }
+    void Up(double x, double y) { tool.ControlUp(Control(), PointTo(x, y), nullptr, nullptr); }
+    void Draw() { tool.GLDrawControls(Control(), &view, nullptr); }
+    host::Curve Key(double end) {
+        host::Curve keyed;
+        keyed.Keys = {{0.0, {0.0, 0.0}}, {10.0, {end, end}}};
+        centre.SetCurve(keyed);
+        return keyed;
     }
 
     host::FusionDoc document;
     DFWidgets tool{&document};
     WidgetProbe& core = tool.core;
+    host::Input& centre = *tool.FindInput("Cent");
     BlindView view;
 };
 
-TEST_F(OverlayOperator, MakesOneControlForEachView) {
+TEST_F(OverlayOperator, LinksWidgetsAndMakesOneControlForEachView) {
+    EXPECT_EQ(core.Cross.Colour[0], 65535);
+    for (int c = 0; c < 3; ++c) EXPECT_EQ(core.Box.Colour[c], c + 1);
+    EXPECT_EQ(core.Box.Link.Control[0], &core.Centre);
+    EXPECT_EQ(core.Box.Link.Control[3], &core.High);
     tool.AddControls(&view, nullptr);
     ASSERT_EQ(tool.Controls.Entries.size(), 1u);
     EXPECT_EQ(Control()->Document, &document);
@@ -127,16 +131,13 @@ TEST_F(OverlayOperator, DragSendsPressMovesAndRelease) {
     EXPECT_EQ(core.Draws, drawings + 1);
     EXPECT_EQ(core.Centre.Value.x, 0.25);
     EXPECT_EQ(core.Centre.Value.y, 0.75);
-}
 
-TEST_F(OverlayOperator, ViewsMayDrawAtEachMove) {
     Control()->DrawWhileMoving = true;
-    Down(0.5, 0.5);
-    const int drawings = core.Draws;
-    Move(0.25, 0.75);
-    EXPECT_EQ(core.Events, (std::vector<int>{1, 2}));
-    EXPECT_EQ(core.Draws, drawings + 1);
-    EXPECT_EQ(core.Cross.HandleX, 100.0f);
+    Down(0.25, 0.75);
+    Move(0.5, 0.5);
+    EXPECT_EQ(core.Events, (std::vector<int>{1, 2, 2, 3, 1, 2}));
+    EXPECT_EQ(core.Draws, drawings + 2);
+    EXPECT_EQ(core.Cross.HandleX, 200.0f);
 }
 
 TEST_F(OverlayOperator, PressThatMissesIsOverAtOnce) {
@@ -148,27 +149,20 @@ TEST_F(OverlayOperator, PressThatMissesIsOverAtOnce) {
     EXPECT_TRUE(document.UndoTitles().empty());
 }
 
-TEST_F(OverlayOperator, SecondPressOfADragLetsGo) {
-    Down(0.5, 0.5);
-    PointTo(0.9, 0.9);
-    EXPECT_EQ(tool.ControlDown(Control(), &view, nullptr, nullptr), host::kDragNone);
-    EXPECT_EQ(core.Events, (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(core.Places.back(), (std::pair{200.0f, 100.0f})); // where the first press was
-}
-
-TEST_F(OverlayOperator, PointerIsRoundedToPixels) {
+TEST_F(OverlayOperator, SecondPressOfADragLetsGoWhereTheFirstOneWas) {
     Down(0.5012, 0.4988);
-    EXPECT_EQ(core.Places.at(0), (std::pair{200.0f, 100.0f}));
+    EXPECT_EQ(core.Places.at(0), (std::pair{200.0f, 100.0f})); // rounded to pixels
+    EXPECT_EQ(Down(0.9, 0.9), host::kDragNone);
+    EXPECT_EQ(core.Events, (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(core.Places.back(), (std::pair{200.0f, 100.0f}));
     Down(0.5013, 0.5026);
-    EXPECT_EQ(core.Places.at(1), (std::pair{200.0f, 100.0f})); // still at the first press
+    EXPECT_EQ(core.Places.back(), (std::pair{201.0f, 101.0f}));
 }
 
 TEST_F(OverlayOperator, ADragIsOneStepOfUndoAtTheDocumentsTime) {
-    host::Input& centre = *tool.FindInput("Cent");
-    host::Curve keyed;
-    keyed.Keys = {{0.0, {0.5, 0.5}}, {10.0, {0.5, 0.5}}};
-    centre.SetCurve(keyed);
-    Down(0.5, 0.5);
+    const host::Curve keyed = Key(0.0);
+    Draw();
+    Down(0.0, 0.0);
     Move(0.4, 0.5);
     Move(0.25, 0.75);
     Up(0.25, 0.75);
@@ -176,48 +170,41 @@ TEST_F(OverlayOperator, ADragIsOneStepOfUndoAtTheDocumentsTime) {
     EXPECT_EQ(document.UndoTitles(), std::vector<std::string>{"Probe1: Centre"});
     EXPECT_TRUE(document.Undo());
     EXPECT_EQ(centre.GetCurve(), keyed);
-}
 
-TEST_F(OverlayOperator, DraggingNothingAnywhereLeavesNoStep) {
-    Down(0.5, 0.5);
-    Up(0.5, 0.5);
-    EXPECT_TRUE(document.UndoTitles().empty());
+    Down(0.0, 0.0);
+    Up(0.0, 0.0);
+    EXPECT_TRUE(document.UndoTitles().empty()); // dragged nowhere
 }
 
 TEST_F(OverlayOperator, ViewTellsSizesAspectAndZoom) {
     view.AspectX = 2.0;
     view.DisplayWidth = 1600.0;
     view.DisplayHeight = 400.0;
-    tool.GLDrawControls(Control(), &view, nullptr);
+    Draw();
     EXPECT_EQ(core.AspectX, 2.0f);
     EXPECT_EQ(core.Zoom, 2.0f);
-
     view.AspectX = view.AspectY = view.DisplayWidth = 0.0;
-    tool.GLDrawControls(Control(), &view, nullptr);
+    Draw();
     EXPECT_EQ(core.AspectX, 1.0f);
     EXPECT_EQ(core.AspectY, 1.0f);
     EXPECT_EQ(core.Zoom, 1.0f);
+
+    Key(1.0);
+    document.CurrentTime = 2.0;
+    Draw();
+    EXPECT_FLOAT_EQ(core.Cross.HandleX, 80.0f); // with the values of the document's time
 }
 
 TEST_F(OverlayOperator, BareViewsAndViewsWithoutAPictureShowNoWidgets) {
     const int drawings = core.Draws;
     view.Mode = host::PreviewInfo::kModeBare;
-    tool.GLDrawControls(Control(), &view, nullptr);
+    Draw();
     view.Mode = 0;
     view.ImageWidth = 0;
-    tool.GLDrawControls(Control(), &view, nullptr);
+    Draw();
     EXPECT_EQ(core.Draws, drawings);
     EXPECT_EQ(Down(0.5, 0.5), host::kDragNone);
     EXPECT_TRUE(core.Events.empty());
-}
-
-TEST_F(OverlayOperator, DrawingTakesTheValuesOfTheDocumentsTime) {
-    host::Curve keyed;
-    keyed.Keys = {{0.0, {0.0, 0.0}}, {10.0, {1.0, 1.0}}};
-    tool.FindInput("Cent")->SetCurve(keyed);
-    document.CurrentTime = 2.0;
-    tool.GLDrawControls(Control(), &view, nullptr);
-    EXPECT_FLOAT_EQ(core.Cross.HandleX, 80.0f);
 }
 
 TEST_F(OverlayOperator, ChangeOfALinkedInputAsksTheViewsToRedraw) {
@@ -233,9 +220,8 @@ TEST_F(OverlayOperator, ChangeOfALinkedInputAsksTheViewsToRedraw) {
 
 TEST_F(OverlayOperator, TellsTheInputUnderThePointer) {
     const auto inputAt = [&](double x, double y) {
-        PointTo(x, y);
         const host::Input* input =
-            tool.ControlCommand(Control(), &view, host::FuID("CCMD_GetInputAt"), nullptr, nullptr);
+            tool.ControlCommand(Control(), PointTo(x, y), host::FuID("CCMD_GetInputAt"), nullptr, nullptr);
         return input ? input->Id() : "";
     };
     EXPECT_EQ(inputAt(0.5, 0.5), "Cent");
@@ -243,15 +229,8 @@ TEST_F(OverlayOperator, TellsTheInputUnderThePointer) {
     EXPECT_EQ(inputAt(0.1, 0.05), "Wide");
     EXPECT_EQ(inputAt(0.15, 0.05), "High");
     EXPECT_EQ(inputAt(0.8, 0.8), "");
-    PointTo(0.5, 0.5);
-    EXPECT_EQ(tool.ControlCommand(Control(), &view, host::FuID("CCMD_Other"), nullptr, nullptr), nullptr);
-}
-
-TEST_F(OverlayOperator, WidgetsHaveTheirColours) {
-    EXPECT_EQ(core.Cross.Colour[0], 65535);
-    EXPECT_EQ(core.Box.Colour[1], 2);
-    EXPECT_EQ(core.Box.Link.Control[0], &core.Centre);
-    EXPECT_EQ(core.Box.Link.Control[3], &core.High);
+    EXPECT_EQ(tool.ControlCommand(Control(), PointTo(0.5, 0.5), host::FuID("CCMD_Other"), nullptr, nullptr),
+              nullptr);
 }
 
 TEST_F(OverlayOperator, AFrameInWorkKeepsItsValues) {
@@ -262,7 +241,7 @@ TEST_F(OverlayOperator, AFrameInWorkKeepsItsValues) {
         Move(0.25, 0.75);
         Up(0.25, 0.75);
         EXPECT_EQ(core.Centre.Value.x, 0.5);
-        EXPECT_EQ(tool.FindInput("Cent")->GetCurve().Constant, (host::Curve::Value{0.25, 0.75}));
+        EXPECT_EQ(centre.GetCurve().Constant, (host::Curve::Value{0.25, 0.75}));
     };
     host::Request request(0.0);
     tool.Process(&request);

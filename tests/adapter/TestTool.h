@@ -1,6 +1,5 @@
 #pragma once
 
-#include "frame/Overlay.h"
 #include "frame/adapter/OperatorK7.h"
 #include "host/Document.h"
 #include "library/K7Image.h"
@@ -9,9 +8,16 @@
 
 namespace k7::test {
 
-struct ProbeInfo {
-    ImageInputK7 Input;
-    ImageInputK7 Second;
+/// A core that does what a test asks for.
+class Probe : public PluginK7 {
+public:
+    void Process() override {
+        ++Frames;
+        if (OnProcess) OnProcess();
+    }
+    void RefreshControls() override { ++Refreshes; }
+
+    ImageInputK7 Input, Second;
     ImageOutputK7 Output;
     FloatControlK7 Size;
     IntegerControlK7 Count;
@@ -20,17 +26,6 @@ struct ProbeInfo {
     PositionControlK7 Centre;
     ColourControlK7 Colour;
     FileControlK7 File;
-};
-
-/// A core that does what a test asks for.
-class Probe : public PluginK7, public ProbeInfo, public OverlayK7 {
-public:
-    void Process() override {
-        ++Frames;
-        if (OnProcess) OnProcess();
-    }
-    void RefreshControls() override { ++Refreshes; }
-
     std::function<void()> OnProcess;
     int Frames = 0;
     int Refreshes = 0;

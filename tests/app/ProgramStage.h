@@ -1,13 +1,12 @@
 #pragma once
 
-#include "app/PictureFile.h"
 #include "app/Program.h"
 #include "tests/app/Folder.h"
+#include "tests/app/Pictures.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -16,25 +15,6 @@
 namespace app::test {
 
 using Arguments = std::vector<const char*>;
-
-/// What a command came to.
-struct Ran {
-    int code = 0;
-    std::string out, err;
-};
-
-/// Carries out a command line in this process: starting k7 takes longer than most of what is asked.
-inline Ran RunK7(Arguments arguments) {
-    arguments.insert(arguments.begin(), "k7");
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    Ran ran;
-    ran.code = RunProgram(static_cast<int>(arguments.size()), arguments.data());
-    std::cout.flush();
-    ran.out = testing::internal::GetCapturedStdout();
-    ran.err = testing::internal::GetCapturedStderr();
-    return ran;
-}
 
 /// Tests run in an empty folder of their own.
 class Program : public testing::Test {
@@ -45,40 +25,24 @@ protected:
     }
     void TearDown() override { std::filesystem::current_path(before_); }
 
-    /// Carries out a command in the folder and gives its exit code.
-    int Run(const Arguments& arguments) {
-        ran_ = RunK7(arguments);
-        return ran_.code;
+    /// Carries out a command in the folder and gives its exit code. It runs in this process: starting k7
+    /// takes longer than most of what is asked.
+    int Run(Arguments arguments) {
+        arguments.insert(arguments.begin(), "k7");
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const int code = RunProgram(static_cast<int>(arguments.size()), arguments.data());
+        std::cout.flush();
+        out_ = testing::internal::GetCapturedStdout();
+        err_ = testing::internal::GetCapturedStderr();
+        return code;
     }
-    const std::string& Out() const { return ran_.out; }
-    const std::string& Err() const { return ran_.err; }
+    const std::string& Out() const { return out_; }
+    const std::string& Err() const { return err_; }
 
-    /// Writes a picture file whose pixels a function gives: pixel(x, y).
-    template <class PixelAt>
-    void PutPicture(const std::string& name, int width, int height, PixelAt pixel,
-                    host::Depth depth = host::Depth::Int16, int channels = 4) {
-        Picture picture;
-        picture.channels = channels;
-        picture.image = Share(host::Image::Make(width, height, depth));
-        const host::Image::Plane& plane = picture.image->PlaneAccess[0];
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) {
-                const host::Pixel value = pixel(x, y);
-                picture.image->Write(&value, plane.Row(y) + x * plane.Step, nullptr);
-            }
+    void Put(const std::string& name, const Picture& picture) {
         WritePicture(folder_ / name, *picture.image, picture,
                      [](const std::string& text) { ADD_FAILURE() << text; });
-    }
-    void PutNoise(const std::string& name, int width, int height, host::Depth depth = host::Depth::Int16,
-                  int channels = 4) {
-        std::uint32_t state = 12345;
-        const auto next = [&] { return static_cast<int>((state = state * 1664525u + 1013904223u) >> 16); };
-        const auto noise = [&](int, int) {
-            host::Pixel pixel{next(), next(), next(), next()};
-            if (channels < 3) pixel.Green = pixel.Blue = pixel.Red;
-            return pixel;
-        };
-        PutPicture(name, width, height, noise, depth, channels);
     }
     Picture Get(const std::string& name) const { return ReadPicture(folder_ / name); }
 
@@ -91,23 +55,16 @@ protected:
         EXPECT_EQ(folder_.Count(), files);
     }
     void ExpectOneLine(const std::string& word) {
-        const std::string text = Err();
-        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
-        EXPECT_EQ(text.rfind("k7: ", 0), 0u) << text;
-        EXPECT_NE(text.find(word), std::string::npos) << text;
+        EXPECT_EQ(std::count(err_.begin(), err_.end(), '\n'), 1) << err_;
+        EXPECT_TRUE(err_.starts_with("k7: ")) << err_;
+        EXPECT_NE(err_.find(word), std::string::npos) << err_;
     }
 
     Folder folder_;
 
 private:
     std::filesystem::path before_;
-    Ran ran_;
+    std::string out_, err_;
 };
-
-inline host::Pixel At(const host::Image& image, int x, int y) {
-    host::Pixel pixel;
-    image.Read(&pixel, image.PlaneAccess[0].Row(y) + x * image.PlaneAccess[0].Step, nullptr);
-    return pixel;
-}
 
 } // namespace app::test

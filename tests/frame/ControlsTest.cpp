@@ -7,61 +7,49 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <map>
 
 namespace k7::test {
 namespace {
 
-/// Values by input; an input that is not listed has none.
+/// Gives what the inputs in memory hold, or nothing at all.
 struct FakeSource : ValueSource {
     bool Number(ControlInput* input, double* value) override {
-        if (!Numbers.count(input)) return false;
-        *value = Numbers[input];
-        return true;
+        if (Known) *value = static_cast<FakeInput*>(input)->X;
+        return Known;
     }
     bool Point(ControlInput* input, double* x, double* y) override {
-        if (!Points.count(input)) return false;
-        *x = Points[input].first;
-        *y = Points[input].second;
-        return true;
+        if (Known) *x = static_cast<FakeInput*>(input)->X;
+        if (Known) *y = static_cast<FakeInput*>(input)->Y;
+        return Known;
     }
     bool Text(ControlInput* input, std::string* text) override {
-        if (!Texts.count(input)) return false;
-        *text = Texts[input];
-        return true;
+        if (Known) *text = input->Name();
+        return Known;
     }
-    std::map<ControlInput*, double> Numbers;
-    std::map<ControlInput*, std::pair<double, double>> Points;
-    std::map<ControlInput*, std::string> Texts;
+    bool Known = true;
 };
 
 /// A control of one kind on inputs in memory.
 template <class Control>
-struct Connected {
+struct Connected : Control {
     Connected() {
-        for (int i = 0; i < 4; ++i) control.Input[i] = &inputs[i];
+        for (int i = 0; i < 4; ++i) this->Input[i] = &inputs[i];
     }
     /// Value after the host's number has been read.
     auto& Read(double number) {
         FakeSource source;
-        for (FakeInput& input : inputs) source.Numbers[&input] = number;
-        control.ReadValue(source);
-        return control.Value;
-    }
-    auto& ReadNothing() {
-        FakeSource source;
-        control.ReadValue(source);
-        return control.Value;
+        for (FakeInput& input : inputs) input.X = number;
+        this->ReadValue(source);
+        return this->Value;
     }
     FakeInput inputs[4];
-    Control control;
 };
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr int kMost = std::numeric_limits<int>::max();
 constexpr int kLeast = std::numeric_limits<int>::min();
 
-TEST(Controls, NumbersAreTakenByTheirKind) {
+TEST(Controls, ValuesAreTakenByTheirKind) {
     Connected<IntegerControlK7> integer;
     EXPECT_EQ(integer.Read(3.9), 3);
     EXPECT_EQ(integer.Read(-3.9), -3);
@@ -76,140 +64,100 @@ TEST(Controls, NumbersAreTakenByTheirKind) {
 
     Connected<ListControlK7> list;
     EXPECT_EQ(list.Read(0.0), 1);
-    EXPECT_EQ(list.Read(4.0), 5);
     EXPECT_EQ(list.Read(2.999), 3);
     EXPECT_EQ(list.Read(2147483647.0), kMost);
 
     Connected<FloatControlK7> number;
     EXPECT_EQ(number.Read(0.1), 0.1);
-}
 
-TEST(Controls, ColoursBecomeWords) {
     Connected<ColourControlK7> colour;
-    const auto read = [&](double value) { return colour.Read(value)[2]; };
-    EXPECT_EQ(read(1.0), 32767);
-    EXPECT_EQ(read(0.5), 16383);
-    EXPECT_EQ(read(1.5), 49150);
-    EXPECT_EQ(read(-0.5), 0);
-    EXPECT_EQ(read(1e9), 65535);
+    for (const auto& [host, word] :
+         {std::pair{1.0, 32767}, {0.5, 16383}, {1.5, 49150}, {-0.5, 0}, {1e9, 65535}})
+        EXPECT_EQ(colour.Read(host)[2], word);
+
+    Connected<PositionControlK7> position;
+    position.inputs[0].Y = -3.0;
+    EXPECT_EQ(position.Read(0.25).x, 0.25);
+    EXPECT_EQ(position.Value.y, -3.0);
+    Connected<FileControlK7> file;
+    file.inputs[0].Label = "D:\\lens.txt";
+    EXPECT_EQ(file.Read(0.0), "D:\\lens.txt");
 }
 
 TEST(Controls, WithoutAValueEachKindHasItsOwn) {
-    Connected<IntegerControlK7> integer;
-    integer.control.Value = 9;
-    EXPECT_EQ(integer.ReadNothing(), 0);
-    Connected<CheckboxControlK7> box;
-    box.control.Value = 1;
-    EXPECT_EQ(box.ReadNothing(), 0);
-    Connected<ListControlK7> list;
-    list.control.Value = 9;
-    EXPECT_EQ(list.ReadNothing(), 1);
-    Connected<SizeControlK7> size;
-    size.control.Value = 9;
-    EXPECT_EQ(size.ReadNothing(), 0.0);
-    Connected<PositionControlK7> position;
-    position.ReadNothing();
-    EXPECT_EQ(position.control.Value.x, 0.5);
-    EXPECT_EQ(position.control.Value.y, 0.5);
-    Connected<FileControlK7> file;
-    file.control.Value = "old";
-    EXPECT_EQ(file.ReadNothing(), "");
-    Connected<ColourControlK7> colour;
-    colour.control.Value[3] = 9;
-    EXPECT_EQ(colour.ReadNothing()[3], 0);
-}
-
-TEST(Controls, StartAtTheirKindsZero) {
-    EXPECT_EQ(IntegerControlK7().Value, 0);
+    const auto missing = [](auto control, const auto& before) {
+        FakeSource source;
+        source.Known = false;
+        control.Value = before;
+        control.ReadValue(source);
+        return control.Value;
+    };
     EXPECT_EQ(ListControlK7().Value, 1);
-    EXPECT_EQ(AngleControlK7().Value, 0.0);
     EXPECT_EQ(PositionControlK7().Value.x, 0.0);
-    EXPECT_EQ(FileControlK7().Value, "");
-    EXPECT_EQ(ColourControlK7().Value[0], 0);
-}
-
-TEST(Controls, PointsAndTextsAreTakenAsTheyAre) {
-    Connected<PositionControlK7> position;
-    Connected<FileControlK7> file;
-    FakeSource source;
-    source.Points[&position.inputs[0]] = {0.25, -3.0};
-    source.Texts[&file.inputs[0]] = "D:\\lens.txt";
-    position.control.ReadValue(source);
-    file.control.ReadValue(source);
-    EXPECT_EQ(position.control.Value.x, 0.25);
-    EXPECT_EQ(position.control.Value.y, -3.0);
-    EXPECT_EQ(file.control.Value, "D:\\lens.txt");
+    EXPECT_EQ(missing(IntegerControlK7(), 9), 0);
+    EXPECT_EQ(missing(CheckboxControlK7(), 1), 0);
+    EXPECT_EQ(missing(ListControlK7(), 9), 1);
+    EXPECT_EQ(missing(SizeControlK7(), 9.0), 0.0);
+    EXPECT_EQ(missing(FileControlK7(), "old"), "");
+    const auto centre = missing(PositionControlK7(), PositionControlK7().Value);
+    EXPECT_EQ(centre.x, 0.5);
+    EXPECT_EQ(centre.y, 0.5);
 }
 
 TEST(Controls, SetWritesTheInputAndLeavesTheValue) {
     Connected<ListControlK7> list;
-    list.control.Value = 7;
-    list.control.Set(12.0, 1);
+    list.Value = 7;
+    list.Set(12.0, 1);
     EXPECT_EQ(list.inputs[0].X, 0.0);
     EXPECT_EQ(list.inputs[0].LastTime, 12.0);
-    EXPECT_EQ(list.control.Value, 7);
-    EXPECT_FALSE(list.control.Changing);
-    list.control.Set(0.0, kLeast);
+    EXPECT_EQ(list.Value, 7);
+    EXPECT_FALSE(list.Changing);
+    list.Set(0.0, kLeast);
     EXPECT_EQ(list.inputs[0].X, kLeast - 1.0);
 
-    Connected<IntegerControlK7> integer;
-    integer.control.Set(kTimeNow, 5);
-    EXPECT_EQ(integer.inputs[0].X, 5.0);
-    EXPECT_EQ(integer.inputs[0].LastTime, -1.0);
     Connected<PositionControlK7> position;
-    position.control.Set(3.0, 0.1, 0.9);
+    position.Set(kTimeNow, 0.1, 0.9);
     EXPECT_EQ(position.inputs[0].X, 0.1);
     EXPECT_EQ(position.inputs[0].Y, 0.9);
-    Connected<AngleControlK7> angle;
-    angle.control.Set(3.0, -45.5);
-    EXPECT_EQ(angle.inputs[0].X, -45.5);
+    EXPECT_EQ(position.inputs[0].LastTime, -1.0);
 }
 
 TEST(Controls, GetReadsTheInput) {
-    int value = 99;
-    Connected<IntegerControlK7> integer;
-    integer.inputs[0].X = -2.7;
-    integer.control.Get(kTimeNow, &value);
-    EXPECT_EQ(value, -2);
-    Connected<CheckboxControlK7> box;
-    box.inputs[0].X = 1.0;
-    box.control.Get(kTimeNow, &value);
-    EXPECT_EQ(value, 1);
-    Connected<ListControlK7> list;
-    for (const auto& [host, entry] : {std::pair{0.0, 1}, {3.9, 4}, {-0.5, 1}, {1e20, kMost}}) {
-        list.inputs[0].X = host;
-        list.control.Get(kTimeNow, &value);
-        EXPECT_EQ(value, entry) << host;
-    }
+    const auto get = [](auto control, double host) {
+        int value = 99;
+        FakeInput input;
+        input.X = host;
+        control.Input[0] = &input;
+        control.Get(kTimeNow, &value);
+        return value;
+    };
+    EXPECT_EQ(get(IntegerControlK7(), -2.7), -2);
+    EXPECT_EQ(get(CheckboxControlK7(), 1.0), 1);
+    for (const auto& [host, entry] : {std::pair{0.0, 1}, {3.9, 4}, {-0.5, 1}, {1e20, kMost}})
+        EXPECT_EQ(get(ListControlK7(), host), entry) << host;
 }
 
-TEST(Controls, HidingAndGreyingReachTheInput) {
+TEST(Controls, HidingAndGreyingReachTheInputs) {
     Connected<FloatControlK7> number;
-    number.control.SetHidden(true);
-    number.control.SetDisabled(true);
-    EXPECT_FALSE(number.inputs[0].Shown);
-    EXPECT_TRUE(number.inputs[0].Disabled);
-    EXPECT_TRUE(number.control.Hidden);
-    EXPECT_TRUE(number.control.Disabled);
-    number.control.SetHidden(false);
-    number.control.SetDisabled(false);
-    EXPECT_TRUE(number.inputs[0].Shown);
-    EXPECT_FALSE(number.inputs[0].Disabled);
-    EXPECT_TRUE(number.inputs[1].Shown && !number.inputs[1].Disabled);
-}
-
-TEST(Controls, ColourHidesThreeInputsAndGreysFour) {
     Connected<ColourControlK7> colour;
     colour.inputs[3].Shown = false; // as alpha is made
     for (bool on : {true, false}) {
-        colour.control.SetHidden(on);
-        colour.control.SetDisabled(on);
+        number.SetHidden(on);
+        number.SetDisabled(on);
+        EXPECT_EQ(number.Hidden, on);
+        EXPECT_EQ(number.Disabled, on);
+        EXPECT_EQ(number.inputs[0].Shown, !on);
+        EXPECT_EQ(number.inputs[0].Disabled, on);
+        EXPECT_TRUE(number.inputs[1].Shown && !number.inputs[1].Disabled);
+
+        colour.SetHidden(on);
+        colour.SetDisabled(on);
         for (int i = 0; i < 3; ++i) EXPECT_EQ(colour.inputs[i].Shown, !on);
         for (int i = 0; i < 4; ++i) EXPECT_EQ(colour.inputs[i].Disabled, on);
         EXPECT_FALSE(colour.inputs[3].Shown);
     }
     colour.inputs[3].Shown = true;
-    colour.control.SetHidden(true);
+    colour.SetHidden(true);
     EXPECT_TRUE(colour.inputs[3].Shown);
 }
 
@@ -236,10 +184,8 @@ TEST(Controls, ColourMarksItsOwnWrites) {
     colour.Set(2.0, 32767, 16383, 0, 1);
     EXPECT_EQ(changing, std::vector<bool>(4, true));
     EXPECT_FALSE(colour.Changing);
-    EXPECT_EQ(inputs[0].X, 1.0);
-    EXPECT_EQ(inputs[1].X, 16383.0f / 32767.0f); // 32-bit float
-    EXPECT_EQ(inputs[2].X, 0.0);
-    EXPECT_EQ(inputs[3].X, 1.0f / 32767.0f);
+    const float want[4] = {1.0f, 16383.0f / 32767.0f, 0.0f, 1.0f / 32767.0f}; // 32-bit float
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(inputs[i].X, want[i]);
     EXPECT_EQ(inputs[3].LastTime, 2.0);
 }
 

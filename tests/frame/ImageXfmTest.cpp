@@ -56,24 +56,16 @@ std::vector<u16> PlainLine(const std::vector<u16>& in, int size, int filter) {
     return out;
 }
 
-/// Rows, rounded to words, and then columns.
-Picture PlainResize(const K7Image& in, int width, int height, int filter) {
-    const Picture between = K7Image::Make(width, in.Height);
-    Picture out = K7Image::Make(width, height);
-    for (int c = 0; c < 4; ++c) {
+/// Rows resampled and rounded to words, and the picture turned over its diagonal.
+Picture PlainPass(const K7Image& in, int size, int filter) {
+    Picture out = K7Image::Make(in.Height, size);
+    for (int c = 0; c < 4; ++c)
         for (int y = 0; y < in.Height; ++y) {
             std::vector<u16> line;
             for (int x = 0; x < in.Width; ++x) line.push_back(in.Rows[y][4 * x + c]);
-            line = PlainLine(line, width, filter);
-            for (int x = 0; x < width; ++x) between->Rows[y][4 * x + c] = line[static_cast<std::size_t>(x)];
+            line = PlainLine(line, size, filter);
+            for (int x = 0; x < size; ++x) out->Rows[x][4 * y + c] = line[static_cast<std::size_t>(x)];
         }
-        for (int x = 0; x < width; ++x) {
-            std::vector<u16> line;
-            for (int y = 0; y < in.Height; ++y) line.push_back(between->Rows[y][4 * x + c]);
-            line = PlainLine(line, height, filter);
-            for (int y = 0; y < height; ++y) out->Rows[y][4 * x + c] = line[static_cast<std::size_t>(y)];
-        }
-    }
     return out;
 }
 
@@ -99,70 +91,23 @@ struct ResizeCore : PluginK7 {
 };
 
 TEST(ImageXfm, EveryKernelFollowsItsDefinitionOnEverySize) {
-    const int sizes[][4] = {{7, 5, 16, 11}, {16, 11, 7, 5}, {5, 9, 11, 3},   {40, 3, 4, 31}, {9, 9, 9, 4},
-                            {9, 9, 20, 9},  {1, 1, 6, 4},   {6, 4, 1, 1},    {1, 30, 8, 2},  {2, 2, 3, 1},
-                            {200, 1, 2, 1}, {1, 2, 1, 150}, {150, 2, 148, 3}};
+    const int sizes[][4] = {{7, 5, 16, 11}, {16, 11, 7, 5}, {5, 9, 11, 3},  {40, 3, 4, 31},  {9, 9, 9, 4},
+                            {9, 9, 20, 9},  {1, 1, 6, 4},   {31, 7, 31, 7}, {6, 4, 1, 1},    {1, 30, 8, 2},
+                            {2, 2, 3, 1},   {200, 1, 2, 1}, {1, 2, 1, 150}, {150, 2, 148, 3}};
     for (int filter : {1, 3, 4, 5, 6, 0})
         for (const auto& size : sizes) {
             const Picture in = Noise(size[0], size[1]);
-            EXPECT_TRUE(
-                Same(*Resize(*in, size[2], size[3], filter), *PlainResize(*in, size[2], size[3], filter)))
+            const Picture want = PlainPass(*PlainPass(*in, size[2], filter), size[3], filter);
+            EXPECT_TRUE(Same(*Resize(*in, size[2], size[3], filter), *want))
                 << size[0] << " x " << size[1] << " to " << size[2] << " x " << size[3] << " filter "
                 << filter;
         }
-}
-
-TEST(ImageXfm, CornersKeepTheirWords) {
-    const Picture in = Noise(100, 100);
-    const Picture out = Resize(*in, 200, 200);
-    for (int c = 0; c < 4; ++c) {
-        EXPECT_EQ(out->Rows[0][c], in->Rows[0][c]);
-        EXPECT_EQ(out->Rows[0][4 * 199 + c], in->Rows[0][4 * 99 + c]);
-        EXPECT_EQ(out->Rows[199][c], in->Rows[99][c]);
-        EXPECT_EQ(out->Rows[199][4 * 199 + c], in->Rows[99][4 * 99 + c]);
-    }
-}
-
-TEST(ImageXfm, SameSizeIsACopy) {
-    const Picture in = Noise(31, 17);
-    EXPECT_TRUE(Same(*Resize(*in, 31, 17), *in));
-}
-
-TEST(ImageXfm, SinglePixelTakesTheFirst) {
-    const Picture in = Noise(9, 6);
-    for (int filter : {1, 3, 5}) {
-        const Picture out = Resize(*in, 1, 1, filter);
-        for (int c = 0; c < 4; ++c) EXPECT_EQ(out->Rows[0][c], in->Rows[0][c]) << filter;
-    }
 }
 
 TEST(ImageXfm, ReducingKeepsAFlatPictureFlat) {
     const Picture in = Flat(97, 61, 12345, 0, 32767, 1);
     for (int filter : {1, 3, 4, 5, 6})
         EXPECT_TRUE(Same(*Resize(*in, 30, 23, filter), *Flat(30, 23, 12345, 0, 32767, 1))) << filter;
-}
-
-TEST(ImageXfm, EnlargingByNoWholeFactorIsUneven) {
-    const Picture out = Resize(*Flat(100, 100, 12345), 160, 160);
-    const auto [low, high] = std::minmax_element(out->Pixels, out->Pixels + 160 * 160 * 4);
-    EXPECT_EQ(*low, 12345); // truncated table positions only add weight
-    EXPECT_EQ(*high, 12405);
-}
-
-TEST(ImageXfm, OvershootIsClamped) {
-    const Picture edge =
-        MakePicture(16, 2, [](int x, int, int c) { return (x < 8) == (c % 2 == 0) ? 32767 : 0; });
-    const Picture out = Resize(*edge, 46, 2); // a whole factor of 3
-    for (int x = 0; x < 46; ++x)
-        for (int c = 0; c < 4; ++c) EXPECT_LE(out->Rows[0][4 * x + c], 32767);
-    EXPECT_EQ(out->Rows[0][4 * 20], 32767); // above full scale before the clamp
-    EXPECT_EQ(out->Rows[0][4 * 20 + 1], 0);
-}
-
-TEST(ImageXfm, LinearRampEnlargedByTriangleIsTheRamp) {
-    const Picture ramp = MakePicture(9, 3, [](int x, int y, int) { return 1024 * x + 512 * y; });
-    const Picture want = MakePicture(33, 5, [](int x, int y, int) { return 256 * x + 256 * y; });
-    EXPECT_TRUE(Same(*Resize(*ramp, 33, 5, ImageXfmK7::kTriangle), *want));
 }
 
 TEST(ImageXfm, ThreadsDoNotChangeThePicture) {

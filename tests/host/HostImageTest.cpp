@@ -54,26 +54,18 @@ TEST(HostImage, RealChannelsOutsideZeroToOneAreHeld) {
     std::memcpy(image->PlaneAccess[0].Row(0), values, sizeof values);
     Pixel pixel;
     image->Read(&pixel, image->PlaneAccess[0].Row(0), nullptr);
-    EXPECT_EQ(pixel.Red, 0);
-    EXPECT_EQ(pixel.Green, 65535);
-    EXPECT_EQ(pixel.Blue, 0);
-    EXPECT_EQ(pixel.Alpha, 65535);
+    EXPECT_TRUE(pixel.Red == 0 && pixel.Green == 65535 && pixel.Blue == 0 && pixel.Alpha == 65535);
 }
 
-TEST(HostImage, NewImageIsLikeItsModel) {
+TEST(HostImage, NewImageIsLikeItsModelOrNone) {
     const Ref<Image> like = NewImage(5, 4, Depth::Half, Planes::Two);
     like->AspectX = 2.0;
     const Ref<Image> image(Image::NewImage({{kTagImageLike, like.get()}}));
     ASSERT_TRUE(image);
-    EXPECT_EQ(image->Width, 5);
-    EXPECT_EQ(image->Height, 4);
-    EXPECT_EQ(image->PixelDepth, Depth::Half);
-    EXPECT_EQ(image->PixelPlanes, Planes::Two);
+    EXPECT_TRUE(image->Width == 5 && image->Height == 4);
+    EXPECT_TRUE(image->PixelDepth == Depth::Half && image->PixelPlanes == Planes::Two);
     EXPECT_EQ(image->AspectX, 2.0);
     EXPECT_EQ(Image::NewImage({}), nullptr);
-}
-
-TEST(HostImage, ImpossibleSizesGiveNoImage) {
     EXPECT_EQ(Image::Make(0, 5, Depth::Int8), nullptr);
     EXPECT_EQ(Image::Make(65536, 65536, Depth::Int8), nullptr);
 }

@@ -68,10 +68,5 @@ TEST(Registry, EntriesStandAsLongAsTheyLiveAndInTheOrderOfTheirNumbers) {
     EXPECT_TRUE(list.Entries().empty());
 }
 
-TEST(Registry, KnowsTheHostsOwnClass) {
-    const Ref<Object> control(ClassRegistry().New(FuID("OperatorControl"), 0x1b0000, nullptr));
-    EXPECT_NE(dynamic_cast<OperatorControl*>(control.get()), nullptr);
-}
-
 } // namespace
 } // namespace host::test
