@@ -87,14 +87,5 @@ TEST(FrameCache, ForgetsWhatWasUsedLongestAgo) {
     EXPECT_FALSE(cache.Find(3));
 }
 
-TEST(SampleClip, OpensUnderItsName) {
-    Clip clip("sample:", Missing::Error, {});
-    EXPECT_EQ(clip.Span()->first, 0);
-    EXPECT_EQ(clip.Span()->last, 23);
-    EXPECT_EQ(clip.At(0).image->Width, 960);
-    EXPECT_EQ(clip.At(0).channels, 4);
-    EXPECT_THROW(clip.At(24), FrameError);
-}
-
 } // namespace
 } // namespace app::test

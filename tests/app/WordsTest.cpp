@@ -32,7 +32,7 @@ TEST(Words, TheNearestNameIsOfferedOnlyIfItIsNear) {
     EXPECT_EQ(DidYouMean("crashzoom", names), ", did you mean 'CrashZoom'?");
     EXPECT_EQ(DidYouMean("Traces", names), ", did you mean 'Trace'?");
     EXPECT_EQ(DidYouMean("Mood", {"Mode", "Dire"}), ", did you mean 'Mode'?");
-    EXPECT_EQ(DidYouMean("Wobble", names), "");
+    EXPECT_EQ(DidYouMean("Cleanser", names), "");
     EXPECT_EQ(DidYouMean("x", {}), "");
 }
 
@@ -43,6 +43,7 @@ TEST(Words, MessagesStayOnOneLine) {
 
 TEST(FrameRange, SinglesRangesAndSteps) {
     EXPECT_EQ(ParseFrames("7"), Frames({7}));
+    EXPECT_EQ(ParseFrames("7-7"), Frames({7}));
     EXPECT_EQ(ParseFrames("1-4"), Frames({1, 2, 3, 4}));
     EXPECT_EQ(ParseFrames("1-10x4"), Frames({1, 5, 9}));
     EXPECT_EQ(ParseFrames("-3--1,5"), Frames({-3, -2, -1, 5}));

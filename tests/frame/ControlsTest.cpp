@@ -104,7 +104,7 @@ TEST(Controls, WithoutAValueEachKindHasItsOwn) {
     EXPECT_EQ(centre.y, 0.5);
 }
 
-TEST(Controls, SetWritesTheInputAndLeavesTheValue) {
+TEST(Controls, SetWritesTheInputAndLeavesTheValueAndGetReadsIt) {
     Connected<ListControlK7> list;
     list.Value = 7;
     list.Set(12.0, 1);
@@ -114,27 +114,21 @@ TEST(Controls, SetWritesTheInputAndLeavesTheValue) {
     EXPECT_FALSE(list.Changing);
     list.Set(0.0, kLeast);
     EXPECT_EQ(list.inputs[0].X, kLeast - 1.0);
-
+    int value = 99;
+    for (const auto& [host, entry] : {std::pair{0.0, 1}, {3.9, 4}, {-0.5, 1}, {1e20, kMost}}) {
+        list.inputs[0].X = host;
+        list.Get(kTimeNow, &value);
+        EXPECT_EQ(value, entry) << host;
+    }
+    Connected<IntegerControlK7> integer;
+    integer.inputs[0].X = -2.7;
+    integer.Get(kTimeNow, &value);
+    EXPECT_EQ(value, -2);
     Connected<PositionControlK7> position;
     position.Set(kTimeNow, 0.1, 0.9);
     EXPECT_EQ(position.inputs[0].X, 0.1);
     EXPECT_EQ(position.inputs[0].Y, 0.9);
     EXPECT_EQ(position.inputs[0].LastTime, -1.0);
-}
-
-TEST(Controls, GetReadsTheInput) {
-    const auto get = [](auto control, double host) {
-        int value = 99;
-        FakeInput input;
-        input.X = host;
-        control.Input[0] = &input;
-        control.Get(kTimeNow, &value);
-        return value;
-    };
-    EXPECT_EQ(get(IntegerControlK7(), -2.7), -2);
-    EXPECT_EQ(get(CheckboxControlK7(), 1.0), 1);
-    for (const auto& [host, entry] : {std::pair{0.0, 1}, {3.9, 4}, {-0.5, 1}, {1e20, kMost}})
-        EXPECT_EQ(get(ListControlK7(), host), entry) << host;
 }
 
 TEST(Controls, HidingAndGreyingReachTheInputs) {

@@ -98,15 +98,6 @@ TEST_F(HostInput, ADragIsOneStepThatCanBeTakenBack) {
     EXPECT_FALSE(document.Undo());
 }
 
-TEST_F(HostInput, AttributesKeepRepeatedTagsInOrder) {
-    Input* list = Add("List", {{kTagEntry, "Box"}, {kTagEntry, "Clip"}, {kTagShown, 0}});
-    EXPECT_EQ(list->GetAttrList(kTagEntry), (std::vector<std::string>{"Box", "Clip"}));
-    EXPECT_EQ(list->GetAttrI(kTagShown, 1), 0);
-    list->SetAttrs({{kTagShown, 1}});
-    EXPECT_EQ(list->GetAttrI(kTagShown, 1), 1);
-    EXPECT_EQ(list->GetAttrI(kTagDisabled, 5), 5);
-}
-
 TEST(HostRequest, ReadsEachInputOnceAndHandsOverTheResult) {
     const Ref<Listener> op(new Listener(nullptr));
     Input* input = op->AddInput(FuID("A"), FuID("A"), {{kTagDefault, 1.0}});
