@@ -1,16 +1,12 @@
 #include "lens/LensFile.h"
 
 #include "baselib/Platform.h"
-
-#include <gtest/gtest.h>
+#include "tests/lens/LensFolder.h"
 
 #include <clocale>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <locale>
 
-namespace k7 {
+namespace k7::test {
 namespace {
 
 constexpr const char* kTwoSurfaces = "2\n 10 50 0.4\n-10 -20.5 1.2\n";
@@ -58,31 +54,17 @@ TEST(LensFile, HoldsTheCountToFiftySurfaces) {
 TEST(LensFile, RefusesWhatIsNoLens) {
     LensTable lens;
     using namespace std::string_view_literals;
-    for (const std::string_view text : {
-             ""sv,
-             " \n"sv,
-             "two"sv,
-             "\0\0\0\0"sv,
-             "\x89PNG\r\n"sv,
-             "+"sv,
-             "-"sv,
-             "+-2 1 1 1 -1 1 1"sv,
-             "2"sv,
-             "2 10 50 0.4"sv,
-             "2 10 50 0.4 -10 -20.5"sv, // too few numbers
-             "2 10 50 x -10 -20.5 1.2"sv,
-             "2 10,5 50 0.4 -10 -20.5 1.2"sv, // a text, a decimal comma
-             "2\0 10 50 0.4 -10 -20.5 1.2"sv,
-             "1 10 50 0.4"sv,
-             "0 10 50 0.4 -10 -20.5 1.2"sv, // one surface
-             "-3 10 50 0.4 -10 -20.5 1.2"sv,
-             "2 10 50 0.4 10 -20.5 1.2"sv, // its ends coincide
-             "2 10 inf 0.4 -10 -20.5 1.2"sv,
-             "2 nan 50 0.4 -10 -20.5 1.2"sv,
-             "2 10 50 1e39 -10 -20.5 1.2"sv,
-             "2 10 50 0.4 -10 -20.5 -1e999"sv,
-             "2 3e38 50 0.4 -3e38 -20.5 1.2"sv, // farther apart than a float reaches
-         })
+    // No number, or too few of them.
+    for (const std::string_view text :
+         {""sv, " \n"sv, "two"sv, "\0\0\0\0"sv, "\x89PNG\r\n"sv, "+"sv, "-"sv, "+-2 1 1 1 -1 1 1"sv, "2"sv,
+          "2 10 50 0.4"sv, "2 10 50 0.4 -10 -20.5"sv, "2 10 50 x -10 -20.5 1.2"sv,
+          "2 10,5 50 0.4 -10 -20.5 1.2"sv, "2\0 10 50 0.4 -10 -20.5 1.2"sv, "2 10 inf 0.4 -10 -20.5 1.2"sv,
+          "2 nan 50 0.4 -10 -20.5 1.2"sv, "2 10 50 1e39 -10 -20.5 1.2"sv, "2 10 50 0.4 -10 -20.5 -1e999"sv})
+        EXPECT_FALSE(ParseLens(text, &lens)) << text;
+    // One surface, ends that coincide, and ends farther apart than a float reaches.
+    for (const std::string_view text :
+         {"1 10 50 0.4"sv, "0 10 50 0.4 -10 -20.5 1.2"sv, "-3 10 50 0.4 -10 -20.5 1.2"sv,
+          "2 10 50 0.4 10 -20.5 1.2"sv, "3 10 5 1 0 5 1 10 5 1"sv, "2 3e38 50 0.4 -3e38 -20.5 1.2"sv})
         EXPECT_FALSE(ParseLens(text, &lens)) << text;
 }
 
@@ -97,81 +79,54 @@ TEST(LensFile, TheLocaleNeitherMattersNorChanges) {
     const std::locale before = std::locale::global(mine);
     std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // where the machine has it
     const std::string numeric = std::setlocale(LC_NUMERIC, nullptr);
-
     LensTable lens;
     EXPECT_TRUE(ParseLens(kTwoSurfaces, &lens));
     EXPECT_EQ(lens.Surfaces[0].Diameter, 0.4f);
     EXPECT_EQ(std::setlocale(LC_NUMERIC, nullptr), numeric);
     EXPECT_EQ(std::locale(), mine);
-
     std::setlocale(LC_NUMERIC, "C");
     std::locale::global(before);
 }
 
 TEST(LensFile, PlainNamesLieInTheDataFolder) {
     const std::string folder = "D:\\Tools\\DF\\Data\\";
-    EXPECT_EQ(LensFilePath(folder, "my_lens"), folder + "my_lens.txt");
-    EXPECT_EQ(LensFilePath(folder, "sub\\my.lens"), folder + "sub\\my.lens.txt");
-    EXPECT_EQ(LensFilePath(folder, "D:"), folder + "D:.txt");
-    EXPECT_EQ(LensFilePath(folder, ""), folder + ".txt");
-    EXPECT_EQ(LensFilePath(folder, "D:\\x.txt"), "D:\\x.txt");
-    EXPECT_EQ(LensFilePath(folder, "D:x"), "D:x");
-    EXPECT_EQ(LensFilePath(folder, "/lenses/x.txt"),
-              kPathSeparator == '/' ? "/lenses/x.txt" : folder + "/lenses/x.txt.txt");
-}
+    for (const std::string name : {"my_lens", "sub\\my.lens", "D:", ""})
+        EXPECT_EQ(LensFilePath(folder, name), folder + name + ".txt");
+    for (const std::string name : {"D:\\x.txt", "D:x"}) EXPECT_EQ(LensFilePath(folder, name), name);
+    const std::string rooted = "/lenses/x.txt";
+    EXPECT_EQ(LensFilePath(folder, rooted), kPathSeparator == '/' ? rooted : folder + rooted + ".txt");
 
-TEST(LensFile, PathsThatAreTooLongAreNone) {
-    std::string full = "D:" + std::string(509, 'x');
-    EXPECT_EQ(LensFilePath("", full), full);
-    full += 'x';
-    EXPECT_EQ(LensFilePath("", full), "");
+    std::string longest = "D:" + std::string(509, 'x');
+    EXPECT_EQ(LensFilePath("", longest), longest);
+    EXPECT_EQ(LensFilePath("", longest + 'x'), "");
     EXPECT_EQ(LensFilePath(std::string(501, 'x'), "my_lens"), "");
 }
 
-/// A folder of its own that goes with the object.
-class LensFolder : public testing::Test {
-protected:
-    LensFolder()
-        : folder_(std::filesystem::temp_directory_path() /
-                  testing::UnitTest::GetInstance()->current_test_info()->name()) {
-        std::filesystem::create_directories(folder_);
-    }
-    ~LensFolder() override { std::filesystem::remove_all(folder_); }
+using LensFileOnDisk = LensFolder;
 
-    std::string Write(const std::string& text) {
-        const std::string path = (folder_ / "lens.txt").string();
-        std::ofstream(path, std::ios::binary) << text;
-        return path;
-    }
-
-    std::filesystem::path folder_;
-    LensTable lens_;
-};
-
-TEST_F(LensFolder, ReadsAFile) {
-    EXPECT_EQ(ReadLensFile(Write(kTwoSurfaces), &lens_), LensFileResult::Read);
-    EXPECT_EQ(lens_.Count, 2);
+TEST_F(LensFileOnDisk, IsReadOrTellsWhatFailed) {
+    LensTable lens;
+    EXPECT_EQ(ReadLensFile(Write(kTwoSurfaces), &lens), LensFileResult::Read);
+    EXPECT_EQ(lens.Count, 2);
+    EXPECT_EQ(ReadLensFile((folder_ / "none.txt").string(), &lens), LensFileResult::OpenFailed);
+    EXPECT_EQ(ReadLensFile("", &lens), LensFileResult::OpenFailed);
+    EXPECT_EQ(ReadLensFile(Write("nothing"), &lens), LensFileResult::ReadFailed);
+    EXPECT_EQ(ReadLensFile(Write(""), &lens), LensFileResult::ReadFailed);
+    EXPECT_NE(ReadLensFile(folder_.string(), &lens), LensFileResult::Read);
 }
 
-TEST_F(LensFolder, TellsAMissingFileFromABadOne) {
-    EXPECT_EQ(ReadLensFile((folder_ / "none.txt").string(), &lens_), LensFileResult::OpenFailed);
-    EXPECT_EQ(ReadLensFile("", &lens_), LensFileResult::OpenFailed);
-    EXPECT_EQ(ReadLensFile(Write("nothing"), &lens_), LensFileResult::ReadFailed);
-    EXPECT_EQ(ReadLensFile(Write(""), &lens_), LensFileResult::ReadFailed);
-    EXPECT_NE(ReadLensFile(folder_.string(), &lens_), LensFileResult::Read);
-}
-
-TEST_F(LensFolder, ReadsTheStartOfAHugeFile) {
+TEST_F(LensFileOnDisk, CountsByItsStartHoweverLong) {
+    LensTable lens;
     const std::string good = kTwoSurfaces;
-    EXPECT_EQ(ReadLensFile(Write(std::string(good).append(10'000'000, '7')), &lens_), LensFileResult::Read);
-    EXPECT_EQ(ReadLensFile(Write(std::string(10'000'000, ' ').append(good)), &lens_),
+    EXPECT_EQ(ReadLensFile(Write(std::string(good).append(10'000'000, '7')), &lens), LensFileResult::Read);
+    EXPECT_EQ(ReadLensFile(Write(std::string(10'000'000, ' ').append(good)), &lens),
               LensFileResult::ReadFailed);
 
     // A number that the reader's bound cuts is not taken for what is left of it.
     std::string cut = "2 10 50 1 -10 -20 ";
     cut.append(65535 - cut.size(), '0').append("12");
-    EXPECT_EQ(ReadLensFile(Write(cut), &lens_), LensFileResult::ReadFailed);
+    EXPECT_EQ(ReadLensFile(Write(cut), &lens), LensFileResult::ReadFailed);
 }
 
 } // namespace
-} // namespace k7
+} // namespace k7::test

@@ -36,40 +36,6 @@ TEST(LensStore, NumbersOutOfRangeGiveTheNearestLens) {
     EXPECT_EQ(&BuiltInLens(99), &BuiltInLens(4));
 }
 
-TEST(LensStore, NormalisationDoesNotDependOnTheUnit) {
-    LensTable millimetres, inches;
-    millimetres.Count = inches.Count = 3;
-    const LensSurface surfaces[] = {{50.0f, 12.0f, 1.0f}, {0.0f, 3.0f, 0.5f}, {-20.0f, -4.0f, 2.0f}};
-    for (int i = 0; i < 3; ++i) {
-        millimetres.Surfaces[i] = inches.Surfaces[i] = surfaces[i];
-        inches.Surfaces[i].Position /= 25.4f;
-        inches.Surfaces[i].Radius /= 25.4f;
-    }
-    ASSERT_TRUE(NormaliseLens(&millimetres));
-    ASSERT_TRUE(NormaliseLens(&inches));
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(millimetres.Surfaces[i].Position, inches.Surfaces[i].Position, 1e-6);
-        EXPECT_NEAR(millimetres.Surfaces[i].Radius, inches.Surfaces[i].Radius, 1e-5);
-        EXPECT_EQ(millimetres.Surfaces[i].Diameter, surfaces[i].Diameter);
-    }
-}
-
-TEST(LensStore, LensesWithoutFrontAndBackAreRefused) {
-    LensTable one;
-    one.Count = 1;
-    one.Surfaces[0] = {10.0f, 5.0f, 1.0f};
-    EXPECT_FALSE(NormaliseLens(&one));
-
-    LensTable coinciding;
-    coinciding.Count = 3;
-    coinciding.Surfaces[0] = coinciding.Surfaces[2] = {10.0f, 5.0f, 1.0f};
-    EXPECT_FALSE(NormaliseLens(&coinciding));
-
-    LensTable infinite = BuiltInLens(1);
-    infinite.Surfaces[3].Diameter = INFINITY;
-    EXPECT_FALSE(NormaliseLens(&infinite));
-}
-
 TEST(LensStore, MoreElementsLieBetweenTheSurfaces) {
     const LensTable& lens = BuiltInLens(1);
     for (int more : {1, 10}) {

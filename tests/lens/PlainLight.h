@@ -12,62 +12,51 @@
 
 namespace k7::test {
 
-/// The light accumulation as its definition reads: three planes of the frame's size, every light of the map
-/// in scan order, each streak walked anew from its light to its end.
+/// The light accumulation as its definition reads: a sum for each channel of the frame, every light of the
+/// map in scan order, each streak walked anew from its light to its end.
 template <class Real>
 class PlainLight {
 public:
     PlainLight(const K7Image& map, const FlareTables<Real>& tables, const StreakSetup<Real>& setup,
                const StreakPairs<Real>& pairs)
-        : tables_(tables)
+        : Sums(static_cast<std::size_t>(3 * map.Width * map.Height), 0)
+        , tables_(tables)
         , setup_(setup)
         , width_(map.Width)
         , height_(map.Height) {
-        for (auto& plane : Planes) plane.assign(static_cast<std::size_t>(width_ * height_), 0);
         for (int y = 0; y < height_; ++y)
             for (int x = 0; x < width_; ++x) {
                 const u16* words = map.Rows[y] + 4 * x;
                 if (!words[0] && !words[1] && !words[2]) continue;
-                AddHalo(x, y, words);
+                AddKernel(x, y, words, tables.Halo().Radius,
+                          [&](int i, int c) { return Channel(tables.Halo().Entries, i, c); });
                 for (int k = 0; k < setup.Count; ++k)
                     for (int arm = 0; arm < 2; ++arm)
                         AddArm(x, y, words, pairs[static_cast<std::size_t>(k)], arm);
-                AddGlow(x, y, words);
+                AddKernel(x, y, words, tables.Glow().Radius,
+                          [&](int i, int) { return tables.Glow().Weights[static_cast<std::size_t>(i)]; });
             }
     }
 
-    std::vector<Real> Planes[3];
+    std::vector<Real> Sums; ///< three to a pixel
 
 private:
-    Real& Cell(int plane, std::int64_t x, std::int64_t y) {
-        return Planes[plane][static_cast<std::size_t>(y * width_ + x)];
+    Real& Cell(int channel, std::int64_t x, std::int64_t y) {
+        return Sums[static_cast<std::size_t>(3 * (y * width_ + x) + channel)];
     }
     bool Inside(std::int64_t x, std::int64_t y) const {
         return x >= 0 && x < width_ && y >= 0 && y < height_;
     }
 
-    void AddHalo(int x, int y, const u16* words) {
-        const int r = tables_.Halo().Radius;
+    /// Adds a light times a kernel of 2 r + 1 columns and rows; gain(i, channel) is its cell i.
+    template <class Gain>
+    void AddKernel(int x, int y, const u16* words, int r, Gain gain) {
+        int i = 0;
         for (int v = -r; v <= r; ++v)
-            for (int u = -r; u <= r; ++u) {
-                if (!Inside(x + u, y + v)) continue;
-                const auto& e =
-                    tables_.Halo().Entries[static_cast<std::size_t>((v + r) * (2 * r + 1) + u + r)];
-                Cell(0, x + u, y + v) += static_cast<Real>(words[0]) * e.R;
-                Cell(1, x + u, y + v) += static_cast<Real>(words[1]) * e.G;
-                Cell(2, x + u, y + v) += static_cast<Real>(words[2]) * e.B;
-            }
-    }
-
-    void AddGlow(int x, int y, const u16* words) {
-        const int r = tables_.Glow().Radius;
-        for (int v = -r; v <= r; ++v)
-            for (int u = -r; u <= r; ++u)
+            for (int u = -r; u <= r; ++u, ++i)
                 for (int c = 0; c < 3; ++c)
                     if (Inside(x + u, y + v))
-                        Cell(c, x + u, y + v) +=
-                            static_cast<Real>(words[c]) *
-                            tables_.Glow().Weights[static_cast<std::size_t>((v + r) * (2 * r + 1) + u + r)];
+                        Cell(c, x + u, y + v) += static_cast<Real>(words[c]) * gain(i, c);
     }
 
     void AddArm(int x, int y, const u16* words, const StreakPair<Real>& pair, int arm) {
@@ -105,7 +94,7 @@ private:
                 const int sideX = x + ox + (steep ? side * sx : 0);
                 const int sideY = y + oy + (steep ? 0 : side * sy);
                 for (int p = 0; p < 3; ++p) {
-                    Real colour = Colour(i, p);
+                    Real colour = Channel(tables_.Streaks().Entries, i, p);
                     if (j > fade) {
                         const Real t = static_cast<float>(j - fade) / static_cast<float>(major - fade);
                         colour *= 1 - (3 - 2 * t) * (t * t);
@@ -126,9 +115,9 @@ private:
         }
     }
 
-    Real Colour(int i, int plane) const {
-        const auto& entry = tables_.Streaks().Entries[static_cast<std::size_t>(i)];
-        return plane == 0 ? entry.R : plane == 1 ? entry.G : entry.B;
+    static Real Channel(const Buffer<DiffractionEntry<Real>>& entries, int i, int channel) {
+        const auto& entry = entries[static_cast<std::size_t>(i)];
+        return channel == 0 ? entry.R : channel == 1 ? entry.G : entry.B;
     }
 
     const FlareTables<Real>& tables_;
