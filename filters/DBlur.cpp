@@ -19,13 +19,6 @@ constexpr double kDegrees = 57.29577950560105;    // its reverse
 constexpr int kBlock = 8;     // pixels that are summed at once
 constexpr int kBandRows = 16; // rows that find the streak's pixels in the cache
 
-/// What the workers of a frame share.
-struct Streak {
-    const DBlur& core;
-    const BlurKernel* kernel;
-    int count;
-};
-
 /// Copies kBlock pixels of a row from column `x` on, where columns beyond the edges repeat them.
 void CopyHeld(const u16* row, int width, int x, u16* pixels) {
     for (int i = 0; i < kBlock; ++i)
@@ -36,7 +29,8 @@ void CopyHeld(const u16* row, int width, int x, u16* pixels) {
 /// Blurs a few rows, a block of columns after the other. The sums of a block stay in registers, and each of
 /// them adds its products in the order of the kernel.
 K7_WIDE_VECTORS
-void BlurBand(const Streak& streak, int first, int last) {
+void BlurBand(const K7Image& in, const K7Image& out, const BlurKernel* kernel, int count, int first,
+              int last) {
     typedef u16 Words __attribute__((vector_size(16)));
     typedef int Whole __attribute__((vector_size(32)));
     typedef float Floats __attribute__((vector_size(32)));
@@ -44,16 +38,14 @@ void BlurBand(const Streak& streak, int first, int last) {
     constexpr int blockWords = kBlock * K7Image::Channels;
     constexpr int vectors = blockWords / wordsAtOnce;
 
-    const K7Image& in = *streak.core.Input.Image;
-    const K7Image& out = *streak.core.Output.Image;
-    const BlurKernel* const end = streak.kernel + streak.count;
+    const BlurKernel* const end = kernel + count;
     u16 held[blockWords];
     float sums[blockWords];
 
     for (int x = 0; x < in.Width; x += kBlock)
         for (int y = first; y <= last; ++y) {
             Floats sum[vectors] = {};
-            for (const BlurKernel* entry = streak.kernel; entry != end; ++entry) {
+            for (const BlurKernel* entry = kernel; entry != end; ++entry) {
                 const u16* row = in.Rows[std::clamp(y + entry->Dy, 0, in.Height - 1)];
                 const int column = x + entry->Dx;
                 const u16* pixels = held;
@@ -75,12 +67,6 @@ void BlurBand(const Streak& streak, int first, int last) {
         }
 }
 
-void BlurRows(void* context, int first, int last, int) {
-    const Streak& streak = *static_cast<const Streak*>(context);
-    for (int y = first; y <= last && !streak.core.IsAborted(); y += kBandRows)
-        BlurBand(streak, y, std::min(y + kBandRows - 1, last));
-}
-
 } // namespace
 
 void DBlur::Process() {
@@ -95,9 +81,12 @@ void DBlur::Process() {
         return;
     }
     const float fraction = static_cast<float>(Leng.Value / 100.0 * in.Width) / static_cast<float>(capacity);
-    Streak streak{*this, kernel.data(), 0};
-    MakeBlurKernel(fraction, PixelAngle(), capacity, Cent.Value, &streak.count, kernel.data());
-    RunExternalChunks(BlurRows, in.Height, &streak);
+    int count = 0;
+    MakeBlurKernel(fraction, PixelAngle(), capacity, Cent.Value, &count, kernel.data());
+    RunRows(*this, in.Height, [&](int first, int last) {
+        for (int y = first; y <= last && !IsAborted(); y += kBandRows)
+            BlurBand(in, *Output.Image, kernel.data(), count, y, std::min(y + kBandRows - 1, last));
+    });
     if (!ProcessAlpha) Output.Image->CopyAlpha(Input.Image);
 }
 

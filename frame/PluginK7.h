@@ -2,6 +2,8 @@
 
 #include "library/Chunks.h"
 
+#include <type_traits>
+
 namespace k7 {
 
 /// A worker that is no member of a core: (context, first, last, threads).
@@ -57,5 +59,14 @@ struct MemberWorker<Method> {
 /// A member function of a core as a worker: RunChunks(WorkerOf<&Clean::FilterRows>, height).
 template <auto Method>
 inline constexpr CoreWorker WorkerOf = &MemberWorker<Method>::Call;
+
+/// Runs work(first, last) over rows 0 to rows - 1 on all threads of a core; what the work needs, it captures.
+template <class Work>
+void RunRows(PluginK7& core, int rows, Work&& work) {
+    const auto call = [](void* context, int first, int last, int) {
+        (*static_cast<std::remove_reference_t<Work>*>(context))(first, last);
+    };
+    core.RunExternalChunks(call, rows, &work);
+}
 
 } // namespace k7

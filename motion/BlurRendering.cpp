@@ -1,5 +1,6 @@
 #include "motion/BlurRendering.h"
 
+#include "frame/PluginK7.h"
 #include "library/K7Image.h"
 #include "motion/Float4.h"
 #include "motion/WorkBuffer.h"

@@ -1,5 +1,6 @@
 #include "motion/MotionEstimator.h"
 
+#include "frame/PluginK7.h"
 #include "library/K7Image.h"
 #include "motion/WorkBuffer.h"
 

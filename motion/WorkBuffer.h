@@ -1,10 +1,9 @@
 #pragma once
 
 #include "baselib/Buffer.h"
-#include "frame/PluginK7.h"
+#include "library/Chunks.h"
 
 #include <cstdio>
-#include <type_traits>
 
 namespace k7 {
 
@@ -19,15 +18,6 @@ bool MakeWorkBuffer(ImageBuffer<T>& buffer, std::size_t count, int number) {
     std::snprintf(text, sizeof text, "Failed to get memory for buffer %02d", number);
     ReportMessage(text);
     return false;
-}
-
-/// Runs work(first, last) over rows 0 to rows - 1 on all threads of a core.
-template <class Work>
-void RunRows(PluginK7& core, int rows, Work&& work) {
-    const auto call = [](void* context, int first, int last, int) {
-        (*static_cast<std::remove_reference_t<Work>*>(context))(first, last);
-    };
-    core.RunExternalChunks(call, rows, &work);
 }
 
 } // namespace k7
