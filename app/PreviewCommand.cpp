@@ -118,7 +118,7 @@ public:
         for (const std::string& drag : drags_) paths.push_back(ParseDrag(drag));
         CheckCanWrite(output_);
         Tool tool(FindTool(toolName_));
-        LinkInputs(tool);
+        tool.LinkAll(links_, Missing::Error, aspect_);
         const int frame = SetFrame(tool);
         for (const std::string& setting : settings_) ApplySetting(tool.Op(), setting);
         Console console(Console::Style::Quiet, 1, frame, frame);
@@ -143,17 +143,9 @@ public:
     }
 
 private:
-    void LinkInputs(Tool& tool) const {
-        const std::optional<Aspect> aspect =
-            aspect_.empty() ? std::nullopt : std::optional(ParseAspect(aspect_));
-        for (const std::string& link : links_) tool.Link(link, Missing::Error, aspect);
-        tool.CheckLinks();
-    }
-
     /// The frame to show: the first of a sequence unless another is asked for.
     int SetFrame(Tool& tool) const {
-        const std::optional<FrameSpan> span =
-            tool.MainClip().IsSequence() ? tool.MainClip().Span() : std::nullopt;
+        const std::optional<FrameSpan> span = tool.MainClip().Span();
         const int frame = frame_.value_or(span ? span->first : 0);
         tool.SetExtent(span.value_or(FrameSpan{frame, frame}));
         tool.Document().CurrentTime = frame;

@@ -62,7 +62,7 @@ public:
 
     int Run() override {
         Tool tool(FindTool(toolName_));
-        LinkInputs(tool);
+        tool.LinkAll(links_, ParseMissing(missing_), aspect_);
         const std::vector<int> frames = ChooseFrames(tool);
         CheckOutput(tool, frames);
         if (threads_) host::GetApp()->ProcessorCount = threads_;
@@ -78,18 +78,10 @@ public:
     }
 
 private:
-    void LinkInputs(Tool& tool) const {
-        const Missing missing = ParseMissing(missing_);
-        const std::optional<Aspect> aspect =
-            aspect_.empty() ? std::nullopt : std::optional(ParseAspect(aspect_));
-        for (const std::string& link : links_) tool.Link(link, missing, aspect);
-        tool.CheckLinks();
-    }
-
     /// The frames to render. Sets the tool's extent too: a single picture is there for all frames asked for.
     std::vector<int> ChooseFrames(Tool& tool) const {
         const bool sequence = tool.MainClip().IsSequence();
-        std::optional<FrameSpan> span = sequence ? tool.MainClip().Span() : std::nullopt;
+        std::optional<FrameSpan> span = tool.MainClip().Span();
         if (!extent_.empty()) span = ParseSpan(extent_);
         if (frames_.empty() && sequence && !span)
             throw UsageError("'" + links_.front() + "': no frame of this clip is there");

@@ -32,6 +32,12 @@ host::Input& Tool::FindImageInput(const std::string& name) const {
     throw UsageError(operator_->Name + " has no image input '" + name + "'" + DidYouMean(name, names));
 }
 
+void Tool::LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect) {
+    const std::optional<Aspect> pixel = aspect.empty() ? std::nullopt : std::optional(ParseAspect(aspect));
+    for (const std::string& link : links) Link(link, missing, pixel);
+    CheckLinks();
+}
+
 void Tool::Link(const std::string& link, Missing missing, std::optional<Aspect> aspect) {
     // An equals sign may also belong to the name of a file or its folder.
     std::error_code ignored;

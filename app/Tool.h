@@ -21,12 +21,11 @@ public:
     host::Operator& Op() const { return *operator_; }
     host::FusionDoc& Document() { return document_; }
 
-    /// Links `[INPUT=]FILE`; without INPUT, the main input. Throws UsageError.
-    void Link(const std::string& link, Missing missing, std::optional<Aspect> aspect);
-    /// Throws UsageError where an input that the tool cannot do without has no clip.
-    void CheckLinks() const;
+    /// Links each `[INPUT=]FILE`; without INPUT, the main input. `aspect` is X:Y, or empty for the files'
+    /// own. Throws UsageError, also where an input that the tool cannot do without has no clip.
+    void LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect);
 
-    /// The clip at the main input; CheckLinks has made sure of it.
+    /// The clip at the main input; LinkAll has made sure of it.
     Clip& MainClip() const { return *clips_.at(MainInput()); }
     /// Whether a file is a frame of one of the sequences at the inputs.
     bool ReadsSequence(const std::string& path, int frame) const;
@@ -37,6 +36,8 @@ public:
     std::shared_ptr<host::Image> Render(int frame);
 
 private:
+    void Link(const std::string& link, Missing missing, std::optional<Aspect> aspect);
+    void CheckLinks() const;
     host::Input* MainInput() const;
     host::Input& FindImageInput(const std::string& name) const;
     std::string TakeErrors() const;
