@@ -69,11 +69,7 @@ void CrashZoom::BlurPixel(int x, int y, u16* pixel) const {
 }
 
 void CrashZoom::Draw() {
-    if (CentreOverlay.Visible) {
-        CentreOverlay.X = static_cast<float>(Cntr.Value.x);
-        CentreOverlay.Y = static_cast<float>(Cntr.Value.y);
-        CentreOverlay.Draw();
-    }
+    CentreOverlay.DrawAt(Cntr.Value);
     if (ClearOverlay.Visible) {
         ClearOverlay.X = static_cast<float>(Cntr.Value.x);
         ClearOverlay.Y = static_cast<float>(Cntr.Value.y);

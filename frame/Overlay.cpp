@@ -76,6 +76,13 @@ void OneHandleOverlayK7::DrawHandle(float x, float y) {
     OverlayBox(*Owner, x, y);
 }
 
+void CrosshairOverlayK7::DrawAt(const PositionControlK7::Position& position) {
+    if (!Visible) return;
+    X = static_cast<float>(position.x);
+    Y = static_cast<float>(position.y);
+    Draw();
+}
+
 void CrosshairOverlayK7::DrawShape() {
     const float x = PixelX(X);
     const float y = PixelY(Y);

@@ -131,6 +131,9 @@ public:
     float Y = 0.0f;
     bool Diagonals = false;
 
+    /// Goes to a control's position and draws itself there, if it is visible.
+    void DrawAt(const PositionControlK7::Position& position);
+
 protected:
     void DrawShape() override;
     void DragTo(float x, float y) override;

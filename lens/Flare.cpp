@@ -195,11 +195,7 @@ void Flare::HighChanged(double time) {
 // Widgets.
 
 void Flare::Draw() {
-    if (CentreCross.Visible) {
-        CentreCross.X = static_cast<float>(Centre.Value.x);
-        CentreCross.Y = static_cast<float>(Centre.Value.y);
-        CentreCross.Draw();
-    }
+    CentreCross.DrawAt(Centre.Value);
     if (ScaleBox.Visible) {
         ScaleBox.X = static_cast<float>(Centre.Value.x);
         ScaleBox.Y = static_cast<float>(Centre.Value.y);

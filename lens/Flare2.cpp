@@ -191,15 +191,9 @@ void Flare2::ColourFromChanged() {
 
 void Flare2::Draw() {
     ReflectCross.Visible = Reflections.Value != 0;
-    if (SourceCross.Visible) {
-        SourceCross.X = static_cast<float>(Source.Value.x);
-        SourceCross.Y = static_cast<float>(Source.Value.y);
-        SourceCross.Draw();
-    }
+    SourceCross.DrawAt(Source.Value);
     if (!ReflectCross.Visible) return;
-    ReflectCross.X = static_cast<float>(Reflect.Value.x);
-    ReflectCross.Y = static_cast<float>(Reflect.Value.y);
-    ReflectCross.Draw();
+    ReflectCross.DrawAt(Reflect.Value);
 
     // The line on which the ghosts lie, dashed from the point of reflection to the last of them.
     const auto pixel = [](int size, double fraction) { return static_cast<float>(PixelAt(size, fraction)); };

@@ -234,12 +234,6 @@ void FlareSpot::ShowColours(bool on) {
 void FlareSpot::Draw() {
     const PositionControlK7::Position& start = StartControl.Value;
     const PositionControlK7::Position& end = EndControl.Value;
-    const auto draw = [](CrosshairOverlayK7& cross, const PositionControlK7::Position& at) {
-        if (!cross.Visible) return;
-        cross.X = static_cast<float>(at.x);
-        cross.Y = static_cast<float>(at.y);
-        cross.Draw();
-    };
     if (Line.Visible) {
         Line.X1 = static_cast<float>(end.x);
         Line.Y1 = static_cast<float>(end.y);
@@ -251,8 +245,8 @@ void FlareSpot::Draw() {
         OverlayColour(*this, 0, 65535, 0);
         OverlayArrow(*this, Line.X1 * width, Line.Y1 * height, Line.X2 * width, Line.Y2 * height);
     }
-    draw(Source, start);
-    draw(Target, end);
+    Source.DrawAt(start);
+    Target.DrawAt(end);
 }
 
 void FlareSpot::Event(int event, float x, float y) {
