@@ -170,7 +170,7 @@ void FlareWork<Real>::CombineRows(const K7Image& background, const K7Image& outp
             to[0] = AddWord(from[0], r);
             to[1] = AddWord(from[1], g);
             to[2] = AddWord(from[2], b);
-            to[3] = AddWord(from[3], (5 * r + 8 * g + 3 * b) >> 4);
+            to[3] = AddWord(from[3], Brightness16(r, g, b) >> 4);
         }
     }
 }

@@ -28,7 +28,7 @@ K7_WIDE_VECTORS void LightOf(const Cells& cells, bool withAlpha, int count, int*
         light[kChannels * i] = r;
         light[kChannels * i + 1] = g;
         light[kChannels * i + 2] = b;
-        light[kChannels * i + 3] = ((3 * b + 8 * g + 5 * r) >> 4) & alphaMask;
+        light[kChannels * i + 3] = (Brightness16(r, g, b) >> 4) & alphaMask;
     }
 }
 

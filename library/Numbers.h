@@ -29,6 +29,11 @@ constexpr int Trunc(float value) {
     return Saturate<std::int32_t>(value);
 }
 
+/// Brightness of a colour, 16 times its level.
+constexpr int Brightness16(int red, int green, int blue) {
+    return 5 * red + 8 * green + 3 * blue;
+}
+
 /// Holds an integer within the range of a picture word.
 constexpr u16 ClampWord(int value) {
     return static_cast<u16>(value < 0 ? 0 : value > kFullScale ? kFullScale : value);

@@ -76,12 +76,13 @@ void K7Image::UnsharpMask(float radius, float amount, const K7Image* source, boo
     row.Zero(); // the last words are sharpened together with what stands behind them
 
     const K7Image& from = source ? *source : *this;
+    const double divisor = static_cast<double>(kernel.Sum);
+    const float held = HeldAmount(amount);
     for (int c = 0; c < (withAlpha ? 4 : 3); ++c) {
         sums->Start(from, c);
         for (int y = 0; y < Height; ++y) {
             sums->Row(y, row.data());
-            SharpenRow(row.data(), static_cast<double>(kernel.Sum), HeldAmount(amount), Width,
-                       from.Rows[y] + c, Rows[y] + c);
+            SharpenRow(row.data(), divisor, held, Width, from.Rows[y] + c, Rows[y] + c);
         }
     }
     if (!withAlpha && source) {

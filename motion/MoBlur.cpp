@@ -133,7 +133,7 @@ MoBlur::Box MoBlur::BrightBox(const K7Image& picture) const {
     const std::int64_t limit = static_cast<std::int64_t>(Trunc(Percent(ABsh.Value))) * 16;
     const auto bright = [&](int x, int y) {
         const u16* pixel = picture.Rows[y] + static_cast<std::ptrdiff_t>(x) * K7Image::Channels;
-        return 5 * pixel[0] + 8 * pixel[1] + 3 * pixel[2] > limit;
+        return Brightness16(pixel[0], pixel[1], pixel[2]) > limit;
     };
 
     // Only what lies outside of the box so far can widen it.
@@ -176,10 +176,10 @@ void MoBlur::Publish(const MotionField* field) {
 
 void MoBlur::Draw() {
     DrawVectors();
-    CentreWidget.X = RegionWidget.X = static_cast<float>(Cere.Value.x);
-    CentreWidget.Y = RegionWidget.Y = static_cast<float>(Cere.Value.y);
-    if (CentreWidget.Visible) CentreWidget.Draw();
+    CentreWidget.DrawAt(Cere.Value);
     if (!RegionWidget.Visible) return;
+    RegionWidget.X = static_cast<float>(Cere.Value.x);
+    RegionWidget.Y = static_cast<float>(Cere.Value.y);
     RegionWidget.Width = static_cast<float>(XSle.Value);
     RegionWidget.Height = static_cast<float>(YSle.Value);
     RegionWidget.Rotation = 0.0f;
