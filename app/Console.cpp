@@ -1,6 +1,6 @@
 #include "app/Console.h"
 
-#include "app/Words.h"
+#include "media/Words.h"
 
 #include <algorithm>
 #include <ctime>
@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 std::string TimeOfDay() {

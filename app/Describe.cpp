@@ -1,13 +1,15 @@
 #include "app/Describe.h"
 
-#include "app/Settings.h"
 #include "host/Tags.h"
+#include "media/Settings.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 using host::Input;

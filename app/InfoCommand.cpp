@@ -1,9 +1,9 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
-#include "app/PlugIns.h"
-#include "app/Settings.h"
-#include "app/Tool.h"
-#include "app/Words.h"
+#include "media/PlugIns.h"
+#include "media/Settings.h"
+#include "media/Tool.h"
+#include "media/Words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,6 +11,8 @@
 #include <iostream>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 using nlohmann::ordered_json;

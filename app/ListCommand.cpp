@@ -1,8 +1,8 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
-#include "app/PlugIns.h"
-#include "app/Words.h"
 #include "host/Tags.h"
+#include "media/PlugIns.h"
+#include "media/Words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,6 +10,8 @@
 #include <iostream>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 class ListCommand : public Command {

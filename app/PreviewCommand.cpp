@@ -1,12 +1,12 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
-#include "app/Errors.h"
 #include "app/Listener.h"
-#include "app/PlugIns.h"
 #include "app/PreviewView.h"
-#include "app/Settings.h"
-#include "app/Tool.h"
-#include "app/Words.h"
+#include "media/Errors.h"
+#include "media/PlugIns.h"
+#include "media/Settings.h"
+#include "media/Tool.h"
+#include "media/Words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +15,8 @@
 #include <iostream>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 using nlohmann::ordered_json;

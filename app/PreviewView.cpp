@@ -1,6 +1,6 @@
 #include "app/PreviewView.h"
 
-#include "app/PictureFile.h"
+#include "media/PictureFile.h"
 
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
@@ -13,6 +13,8 @@
 #include <new>
 
 namespace app {
+
+using namespace media;
 
 namespace {
 

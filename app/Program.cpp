@@ -1,14 +1,16 @@
 #include "app/Program.h"
 
 #include "app/Commands.h"
-#include "app/Errors.h"
-#include "app/PlugIns.h"
-#include "app/Words.h"
+#include "media/Errors.h"
+#include "media/PlugIns.h"
+#include "media/Words.h"
 
 #include <cstdio>
 #include <exception>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 constexpr int kFailed = 1, kWrong = 2;

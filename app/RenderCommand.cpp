@@ -1,13 +1,13 @@
 #include "app/Commands.h"
-#include "app/Errors.h"
 #include "app/Listener.h"
-#include "app/PlugIns.h"
 #include "app/RenderJob.h"
-#include "app/Settings.h"
-#include "app/Tool.h"
-#include "app/WholeFile.h"
-#include "app/Words.h"
 #include "host/Application.h"
+#include "media/Errors.h"
+#include "media/PlugIns.h"
+#include "media/Settings.h"
+#include "media/Tool.h"
+#include "media/WholeFile.h"
+#include "media/Words.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,6 +17,8 @@
 #include <stdexcept>
 
 namespace app {
+
+using namespace media;
 namespace {
 
 Missing ParseMissing(const std::string& text) {

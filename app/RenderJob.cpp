@@ -1,12 +1,16 @@
 #include "app/RenderJob.h"
 
-#include "app/Errors.h"
+#include "media/Errors.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <new>
 
 namespace app {
+
+using namespace media;
+
+using namespace media;
 
 RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting)
     : tool_(tool)

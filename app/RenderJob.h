@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/Console.h"
-#include "app/FilePattern.h"
 #include "app/Interrupt.h"
-#include "app/Tool.h"
+#include "media/FilePattern.h"
+#include "media/Tool.h"
 
 #include <chrono>
 #include <functional>
@@ -18,7 +18,7 @@ namespace app {
 /// Renders frames of a tool into files. While a frame is rendered, the one before it is written.
 class RenderJob {
 public:
-    RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting);
+    RenderJob(media::Tool& tool, Console& console, std::string output, bool skipExisting);
 
     /// Renders all frames, whatever becomes of single ones, and lists the failures on standard error. The
     /// program's exit code.
@@ -42,9 +42,9 @@ private:
     /// Does a part of the work on a frame; a failure is noted and told.
     void Attempt(int frame, const std::string& path, const std::function<void()>& work);
 
-    Tool& tool_;
+    media::Tool& tool_;
     Console& console_;
-    const FilePattern output_;
+    const media::FilePattern output_;
     const bool skipExisting_;
     std::optional<Writing> writing_;
     int written_ = 0;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/Program.h"
-#include "tests/app/Folder.h"
-#include "tests/app/Pictures.h"
+#include "tests/media/Folder.h"
+#include "tests/media/Pictures.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,9 @@
 #include <vector>
 
 namespace app::test {
+
+using namespace media;
+using namespace media::test;
 
 using Arguments = std::vector<const char*>;
 

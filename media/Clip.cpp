@@ -1,0 +1,102 @@
+#include "media/Clip.h"
+
+#include "media/Errors.h"
+#include "media/Words.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace media {
+namespace {
+
+/// Room for three frames of 4096 x 3072 in 32-bit float.
+constexpr std::size_t kCacheBytes = std::size_t{640} << 20;
+
+int FrameOf(double time) {
+    if (std::isnan(time)) return 0;
+    return static_cast<int>(std::clamp(std::floor(time), -2147483648.0, 2147483647.0));
+}
+
+} // namespace
+
+Aspect ParseAspect(const std::string& text) {
+    std::vector<double> sides;
+    for (const std::string& piece : Split(text, ':')) sides.push_back(ParseNumber(piece).value_or(0));
+    const auto good = [](double side) { return side > 0 && side < 1e6; };
+    if (sides.size() != 2 || !good(sides[0]) || !good(sides[1]))
+        throw UsageError("'" + text + "' is no pixel aspect: write X:Y");
+    return {sides[0], sides[1]};
+}
+
+Clip::Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect)
+    : source_(OpenClip(name))
+    , missing_(missing)
+    , aspect_(aspect)
+    , cache_(kCacheBytes) {}
+
+std::optional<FrameSpan> Clip::Span() const {
+    const std::vector<int> frames = source_->Frames();
+    if (frames.empty()) return std::nullopt;
+    return FrameSpan{frames.front(), frames.back()};
+}
+
+Picture Clip::Black() const {
+    const std::vector<int> frames = source_->Frames();
+    if (frames.empty()) throw FrameError(source_->NameOf(0) + ": no frame of this clip is there");
+    Picture picture = source_->Read(frames.front());
+    const host::Image& like = *picture.image;
+    std::shared_ptr<host::Image> black = Share(host::Image::Make(like.Width, like.Height, like.PixelDepth));
+    if (!black)
+        throw FrameError(source_->NameOf(frames.front()) + ": there is not enough memory for an empty frame");
+    black->AspectX = like.AspectX;
+    black->AspectY = like.AspectY;
+    picture.image = std::move(black);
+    return picture;
+}
+
+Picture Clip::ReadOrReplace(int frame) const {
+    if (!source_->IsSequence() || source_->Has(frame)) return source_->Read(frame);
+    if (missing_ == Missing::Black) return Black();
+    if (missing_ == Missing::Hold) {
+        const std::vector<int> frames = source_->Frames();
+        const auto later = std::upper_bound(frames.begin(), frames.end(), frame);
+        if (later != frames.begin()) return source_->Read(*std::prev(later));
+    }
+    throw FrameError(source_->NameOf(frame) + ": there is no such frame");
+}
+
+const Picture& Clip::Load(int frame) {
+    if (!source_->IsSequence()) frame = 0;
+    if (const Picture* held = cache_.Find(frame)) return *held;
+    Picture picture = ReadOrReplace(frame);
+    if (aspect_) {
+        picture.image->AspectX = aspect_->x;
+        picture.image->AspectY = aspect_->y;
+    }
+    return cache_.Enter(frame, std::move(picture));
+}
+
+Picture Clip::At(int frame) {
+    const std::lock_guard lock(mutex_);
+    return Load(frame);
+}
+
+host::Image* Clip::ImageAt(double time) {
+    const std::lock_guard lock(mutex_);
+    try {
+        host::Image* image = Load(FrameOf(time)).image.get();
+        image->Retain();
+        return image;
+    } catch (const FrameError& error) {
+        if (error_.empty()) error_ = error.what();
+        return nullptr;
+    }
+}
+
+std::string Clip::TakeError() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(error_, {});
+}
+
+} // namespace media

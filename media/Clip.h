@@ -1,0 +1,62 @@
+#pragma once
+
+#include "host/Input.h"
+#include "media/ClipSource.h"
+#include "media/FrameCache.h"
+#include "media/FrameRange.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace media {
+
+/// What to do where a frame of a sequence is not there.
+enum class Missing {
+    Error, ///< the frame that needs it fails
+    Hold,  ///< take the nearest earlier one
+    Black, ///< take an empty one of the clip's size
+};
+
+/// Width and height of a pixel.
+struct Aspect {
+    double x = 1, y = 1;
+};
+
+/// `X:Y`. Throws UsageError.
+Aspect ParseAspect(const std::string& text);
+
+/// A clip at an image input. Frames read last are kept, so that each is decoded once.
+class Clip : public host::ImageProvider {
+public:
+    /// `aspect`, where given, replaces the files' own.
+    Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect);
+
+    bool IsSequence() const { return source_->IsSequence(); }
+    std::string NameOf(int frame) const { return source_->NameOf(frame); }
+    /// First and last frame; nothing for a single picture and for a sequence without a file.
+    std::optional<FrameSpan> Span() const;
+
+    /// Throws FrameError. Any thread may ask.
+    Picture At(int frame);
+
+    /// The same for a tool, which gets no picture where reading fails; TakeError then tells why.
+    host::Image* ImageAt(double time) override;
+    /// Why the first picture since the last call could not be had; empty if all went well.
+    std::string TakeError();
+
+private:
+    const Picture& Load(int frame);
+    Picture ReadOrReplace(int frame) const;
+    Picture Black() const;
+
+    const std::unique_ptr<ClipSource> source_;
+    const Missing missing_;
+    const std::optional<Aspect> aspect_;
+    std::mutex mutex_;
+    FrameCache cache_;
+    std::string error_;
+};
+
+} // namespace media

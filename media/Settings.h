@@ -1,0 +1,37 @@
+#pragma once
+
+#include "host/Input.h"
+#include "host/Operator.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+
+namespace media {
+
+/// True for an input that is a setting and no image.
+bool IsControl(const host::Input& input);
+
+/// What a command calls a control: its id, or the label of one that has none.
+const std::string& KeyOf(const host::Input& control);
+
+/// A control by its id or, failing that, its label. Throws UsageError with the nearest name.
+host::Input& FindControl(const host::Operator& op, const std::string& name);
+
+/// The value, or keys, that a text stands for: a number; `x,y` for a point; the number or the text of a
+/// list's entry; `on`, `off` or a number for a check box; `@frame:value,frame:value` or
+/// `@frame:x,y;frame:x,y` for keys. Throws UsageError. Not for text controls.
+host::Curve ParseCurve(const host::Input& control, const std::string& text);
+
+/// Carries out `CONTROL=VALUE` as a change by the user, so that the tool reacts. Throws UsageError.
+void ApplySetting(host::Operator& op, const std::string& setting);
+
+/// All controls with their keys: {"tool": id, "controls": {key: value}}, where a value is a number, a text,
+/// [x, y], or {"keys": [[frame, number or x and y], ...]}.
+nlohmann::ordered_json SaveSettings(const host::Operator& op);
+
+/// Brings back what SaveSettings gave. The tool does not react, so every value ends as it was saved. Throws
+/// UsageError.
+void RestoreSettings(host::Operator& op, const nlohmann::json& saved);
+
+} // namespace media
