@@ -79,9 +79,11 @@ ordered_json DescribeInputs(const host::Operator& op) {
     tool["pages"] = op.Pages();
     tool["inputs"] = ordered_json::array();
     tool["controls"] = ordered_json::array();
+    tool["common"] = ordered_json::array();
     for (const Input* input : op.Inputs()) {
         if (IsControl(*input))
-            tool["controls"].push_back(DescribeControl(op, *input));
+            tool[input->HasAttr(host::kTagCommon) ? "common" : "controls"].push_back(
+                DescribeControl(op, *input));
         else
             tool["inputs"].push_back(DescribeImage(*input));
     }

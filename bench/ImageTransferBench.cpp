@@ -15,7 +15,7 @@ host::Ref<host::Image> HostNoise(host::Depth depth, host::Planes planes) {
 template <host::Depth depth, host::Planes planes>
 void FromHost(benchmark::State& state) {
     const host::Ref<host::Image> source = HostNoise(depth, planes);
-    for (auto _ : state) benchmark::DoNotOptimize(HostToK7Image(source.get()));
+    for (auto _ : state) benchmark::DoNotOptimize(HostToK7Image<u16>(source.get()));
     CountPixels(state);
 }
 

@@ -3,6 +3,8 @@
 #include "bench/BenchSupport.h"
 #include "tests/motion/MotionPictures.h"
 
+#include <algorithm>
+
 namespace k7::bench {
 namespace {
 
@@ -21,8 +23,12 @@ struct Scene : FrameSource {
             return (moves ? *panned : *previous).Rows[y][4 * x + c];
         });
     }
-    bool ReadInputAtTime(double, K7Image& target) override {
-        target.CopyScaled(previous.get(), 1.0f, 1.0f, 1.0f, 1.0f);
+    bool ReadInputAtTime(double, K7Image& target) override { return Read(target); }
+    bool ReadInputAtTime(double, FloatImageK7& target) override { return Read(target); }
+
+    template <class Sample>
+    bool Read(PictureK7<Sample>& target) const {
+        std::copy_n(previous->Pixels, kWidth * kHeight * target.Channels, target.Pixels);
         return true;
     }
     test::Picture previous;

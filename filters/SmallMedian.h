@@ -1,11 +1,9 @@
 #pragma once
 
 #include "baselib/Buffer.h"
-#include "library/Numbers.h"
+#include "library/Samples.h"
 
 namespace k7 {
-
-class K7Image;
 
 /// The medians of small windows, 64 words at a time: bit by bit from the top, the values that are not below a
 /// candidate are counted. The work grows with the window's area, but all of it is vector work.

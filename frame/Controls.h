@@ -1,14 +1,12 @@
 #pragma once
 
-#include "library/Numbers.h"
+#include "library/Samples.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
 namespace k7 {
-
-class K7Image;
 
 /// The time that stands for "now": a read gives the value at the document's current time, a write addresses
 /// the input as such and sets no key.
@@ -135,17 +133,39 @@ public:
     /// Fills `target`, which keeps its size, with the picture at `time` held within the clip. False if the
     /// host gives none; `target` then keeps what it held.
     [[nodiscard]] virtual bool ReadInputAtTime(double time, K7Image& target) = 0;
+    [[nodiscard]] virtual bool ReadInputAtTime(double time, FloatImageK7& target) = 0;
 };
 
-/// An image input of an effect. `Image` is null where nothing is connected.
-struct ImageInputK7 {
+/// A picture of the frame in its depth: one of the two, or neither. The owner's, for one frame.
+struct ImageSlotK7 {
+    K7Image* Image = nullptr;
+    FloatImageK7* Floats = nullptr;
+
+    template <class Sample>
+    PictureK7<Sample>*& Of() {
+        if constexpr (SampleTraits<Sample>::kWords)
+            return Image;
+        else
+            return Floats;
+    }
+};
+
+/// An image input of an effect. It holds no picture where nothing is connected.
+struct ImageInputK7 : ImageSlotK7 {
     FrameSource* Input = nullptr;
-    K7Image* Image = nullptr; ///< the owner's, for one frame
 };
 
 /// The image that Process fills.
-struct ImageOutputK7 {
-    K7Image* Image = nullptr; ///< the owner's, for one frame
-};
+struct ImageOutputK7 : ImageSlotK7 {};
+
+/// Calls work(in, out) with the pictures of a frame, in the depth that they have. Further inputs have it too:
+/// `Second.Of<Sample>()`.
+template <class Work>
+void InDepth(ImageInputK7& input, ImageOutputK7& output, Work&& work) {
+    if (output.Floats)
+        work(*input.Floats, *output.Floats);
+    else
+        work(*input.Image, *output.Image);
+}
 
 } // namespace k7

@@ -2,6 +2,7 @@
 
 #include <half.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -13,18 +14,29 @@ namespace {
 
 constexpr std::int32_t kFull = 65535;
 
-// A stored channel and the 16-bit integer that it stands for.
+// A stored channel, the 16-bit integer and the real number that it stands for.
+
+template <class Stored>
+Stored NearestOf(float real) {
+    constexpr auto full = static_cast<float>(std::numeric_limits<Stored>::max());
+    const float scaled = real * full + 0.5f;
+    return static_cast<Stored>(scaled > 0.0f ? std::min(scaled, full) : 0.0f); // NaN is 0 too
+}
 
 struct Int8 {
     using Stored = std::uint8_t;
     static std::int32_t In(Stored s) { return s * 257; }
     static Stored Out(std::int32_t h) { return static_cast<Stored>((h + 128) / 257); }
+    static float Real(Stored s) { return static_cast<float>(s) / 255.0f; }
+    static Stored FromReal(float real) { return NearestOf<Stored>(real); }
 };
 
 struct Int16 {
     using Stored = std::uint16_t;
     static std::int32_t In(Stored s) { return s; }
     static Stored Out(std::int32_t h) { return static_cast<Stored>(h); }
+    static float Real(Stored s) { return static_cast<float>(s) / 65535.0f; }
+    static Stored FromReal(float real) { return NearestOf<Stored>(real); }
 };
 
 struct Float {
@@ -35,12 +47,16 @@ struct Float {
         return static_cast<std::int32_t>(static_cast<double>(s) * kFull + 0.5);
     }
     static Stored Out(std::int32_t h) { return static_cast<Stored>(h / 65535.0); }
+    static float Real(Stored s) { return s; }
+    static Stored FromReal(float real) { return real; }
 };
 
 struct Half {
     using Stored = Imath::half;
     static std::int32_t In(Stored s) { return Float::In(static_cast<float>(s)); }
     static Stored Out(std::int32_t h) { return Stored(Float::Out(h)); }
+    static float Real(Stored s) { return static_cast<float>(s); }
+    static Stored FromReal(float real) { return Stored(real); }
 };
 
 /// Reads and writes pixels of four channels `Channel`, in one plane or two.
@@ -49,15 +65,16 @@ struct Access {
     using Stored = typename Channel::Stored;
     static constexpr std::size_t kSize = sizeof(Stored);
 
-    static std::int32_t Load(const std::byte* at) {
+    static Stored Get(const std::byte* at) {
         Stored stored;
         std::memcpy(static_cast<void*>(&stored), at, kSize);
-        return Channel::In(stored);
+        return stored;
     }
-    static void Store(std::byte* at, std::int32_t value) {
-        const Stored stored = Channel::Out(value);
+    static void Put(std::byte* at, Stored stored) {
         std::memcpy(at, static_cast<const void*>(&stored), kSize);
     }
+    static std::int32_t Load(const std::byte* at) { return Channel::In(Get(at)); }
+    static void Store(std::byte* at, std::int32_t value) { Put(at, Channel::Out(value)); }
     static void Read(Pixel* pixel, const std::byte* plane0, const std::byte* plane1) {
         pixel->Red = Load(plane0);
         pixel->Green = Load(plane0 + kSize);
@@ -70,20 +87,50 @@ struct Access {
         Store(plane0 + 2 * kSize, pixel->Blue);
         Store(planes == Planes::One ? plane0 + 3 * kSize : plane1, pixel->Alpha);
     }
+
+    static constexpr std::size_t kColours = planes == Planes::One ? 4 : 3; ///< channels of the first plane
+
+    static void ReadRow(const Image& image, int y, float* rgba) {
+        const std::byte* at0 = image.PlaneAccess[0].Row(y);
+        const std::byte* at1 = image.PlaneAccess[1].Row(y);
+        for (int x = 0; x < image.Width; ++x, rgba += 4) {
+            for (std::size_t c = 0; c < kColours; ++c, at0 += kSize) rgba[c] = Channel::Real(Get(at0));
+            if constexpr (planes == Planes::Two) {
+                rgba[3] = Channel::Real(Get(at1));
+                at1 += kSize;
+            }
+        }
+    }
+    static void WriteRow(const Image& image, int y, const float* rgba) {
+        std::byte* at0 = image.PlaneAccess[0].Row(y);
+        std::byte* at1 = image.PlaneAccess[1].Row(y);
+        for (int x = 0; x < image.Width; ++x, rgba += 4) {
+            for (std::size_t c = 0; c < kColours; ++c, at0 += kSize) Put(at0, Channel::FromReal(rgba[c]));
+            if constexpr (planes == Planes::Two) {
+                Put(at1, Channel::FromReal(rgba[3]));
+                at1 += kSize;
+            }
+        }
+    }
 };
 
 struct Format {
     std::size_t size; ///< bytes of a channel
     PixelReader read;
     PixelWriter write;
+    void (*readRow)(const Image&, int, float*);
+    void (*writeRow)(const Image&, int, const float*);
 };
+
+template <class Access>
+constexpr Format FormatBy() {
+    return {Access::kSize, Access::Read, Access::Write, Access::ReadRow, Access::WriteRow};
+}
 
 template <class Channel>
 Format FormatOf(Planes planes) {
-    constexpr std::size_t size = sizeof(typename Channel::Stored);
-    if (planes == Planes::One)
-        return {size, Access<Channel, Planes::One>::Read, Access<Channel, Planes::One>::Write};
-    return {size, Access<Channel, Planes::Two>::Read, Access<Channel, Planes::Two>::Write};
+    return planes == Planes::One ? FormatBy<Access<Channel, Planes::One>>()
+                                 : FormatBy<Access<Channel, Planes::Two>>();
 }
 
 Format FormatOf(Depth depth, Planes planes) {
@@ -121,6 +168,8 @@ Image::Image(int width, int height, Depth depth, Planes planes)
     const Format format = FormatOf(depth, planes);
     Read = format.read;
     Write = format.write;
+    readRow_ = format.readRow;
+    writeRow_ = format.writeRow;
     store_.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4 * format.size);
     if (planes == Planes::One) {
         LayOut(PlaneAccess[0], store_.data(), width, height, 4 * format.size);

@@ -48,6 +48,12 @@ public:
 
     std::size_t Bytes() const { return store_.size(); }
 
+    /// A whole row as red, green, blue, alpha side by side, 4 x Width floats, where 1.0 is white. Half and
+    /// float come and go unchanged, NaN and infinities too. What goes into an integer depth is clamped and
+    /// rounded to the nearest, NaN to 0.
+    void ReadRow(int y, float* rgba) const { readRow_(*this, y, rgba); }
+    void WriteRow(int y, const float* rgba) { writeRow_(*this, y, rgba); }
+
     const int Width;
     const int Height;
     const Depth PixelDepth;
@@ -61,6 +67,11 @@ public:
 private:
     Image(int width, int height, Depth depth, Planes planes);
 
+    using RowReader = void (*)(const Image& image, int y, float* rgba);
+    using RowWriter = void (*)(const Image& image, int y, const float* rgba);
+
+    RowReader readRow_;
+    RowWriter writeRow_;
     std::vector<std::byte> store_;
 };
 

@@ -32,6 +32,7 @@ inline constexpr Tag kTagReactsToo = 0x1003000b; ///< goes with kTagReacts, alwa
 inline constexpr Tag kTagCheckbox = 0x10030000;  ///< set to 0 on check boxes
 inline constexpr Tag kTagMainLink = 0x10020001;  ///< number of an image among the main links, from 1
 inline constexpr Tag kTagOptional = 0x10030002;  ///< set to 0 on an image input that may stay empty
+inline constexpr Tag kTagCommon = 0x10030010;    ///< set to 0 on an input that every tool has
 
 // Objects.
 inline constexpr Tag kTagImageLike = 0x60020000; ///< Image to take size and format from

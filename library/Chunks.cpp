@@ -34,7 +34,7 @@ void RunCoreChunks(ChunkRecord& record, CoreWorker worker, int rows) {
     Dispatch(record, rows);
 }
 
-void RunImageChunks(K7Image* context, ImageWorker worker, int rows) {
+void RunImageChunks(void* context, ImageWorker worker, int rows) {
     if (!currentChunks) {
         worker(context, 0, rows - 1, 1);
         return;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <type_traits>
+
 namespace k7 {
 
-class K7Image;
 class PluginK7;
 struct ChunkRecord;
 
@@ -10,7 +11,7 @@ struct ChunkRecord;
 // first > last means nothing to do. A worker writes only what belongs to its range and reads all else.
 
 using CoreWorker = void (*)(PluginK7* core, int first, int last, int threads);
-using ImageWorker = void (*)(K7Image* image, int first, int last, int threads);
+using ImageWorker = void (*)(void* context, int first, int last, int threads);
 
 /// What runs an effect: the operator under a host, a few lines in a test.
 class ChunkOwner {
@@ -38,7 +39,7 @@ struct ChunkRecord {
     ImageWorker ImageFunction = nullptr;
     int Threads = 1;
     int Rows = 0;
-    K7Image* ImageContext = nullptr;
+    void* ImageContext = nullptr; ///< what the image function works on
     ChunkOwner* Owner = nullptr;
 };
 
@@ -62,7 +63,16 @@ void RunCoreChunks(ChunkRecord& record, CoreWorker worker, int rows);
 
 /// The same for an image operation, under the current record. Without one it runs as a single chunk on this
 /// thread.
-void RunImageChunks(K7Image* context, ImageWorker worker, int rows);
+void RunImageChunks(void* context, ImageWorker worker, int rows);
+
+/// Runs work(first, last) over rows 0 to rows - 1 as an image operation; what the work needs, it captures.
+template <class Work>
+void RunImageRows(int rows, Work&& work) {
+    const auto call = [](void* context, int first, int last, int) {
+        (*static_cast<std::remove_reference_t<Work>*>(context))(first, last);
+    };
+    RunImageChunks(&work, call, rows);
+}
 
 /// Runs chunk `index` of the dispatch that stands in the record. `core` is the context of core workers.
 void RunChunk(ChunkRecord& record, PluginK7* core, int index);

@@ -139,16 +139,19 @@ void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int c
 
 } // namespace
 
+template <>
 void K7Image::GaussianExactRows(float radius, bool dupEdges, const K7Image* source, bool withAlpha) {
     BlurLines(radius, dupEdges, Lines::Rows(*this), Height, withAlpha ? 4 : 3, source ? *source : *this,
               *this);
 }
 
+template <>
 void K7Image::GaussianExactColumns(float radius, bool dupEdges, const K7Image* source, bool withAlpha) {
     BlurLines(radius, dupEdges, Lines::Columns(*this), Width, withAlpha ? 4 : 3, source ? *source : *this,
               *this);
 }
 
+template <>
 void K7Image::GaussianExact(float radius, bool dupEdges, const K7Image* source, int direction,
                             bool withAlpha) {
     if (direction == 0 || direction == 2) GaussianExactRows(radius, dupEdges, source, withAlpha);

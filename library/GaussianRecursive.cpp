@@ -199,50 +199,50 @@ void CopyLines(const Pass& pass, int first, int last) {
         }
 }
 
-} // namespace
-
-struct RecursiveGaussian {
-    /// Worker over rows or columns; in place where the source is the picture itself.
-    template <bool columns>
-    static void Filter(K7Image* image, int first, int last, int) {
+/// One pass over a picture's rows or columns, on all threads; in place where the source is the picture
+/// itself.
+void RunPass(Lines lines, int count, const u16* source, u16* target, int channels, double sigma) {
+    const Pass pass = {lines, source, target, channels, sigma};
+    RunImageRows(count, [&](int first, int last) {
         if (first > last) return;
-        const int channel = image->firstChannel_;
-        const Pass pass = {columns ? Lines::Columns(*image) : Lines::Rows(*image),
-                           image->passSource_->Pixels + channel, image->Pixels + channel,
-                           image->endChannel_ - channel, image->sigma_};
         const Buffer<double> line((static_cast<std::size_t>(pass.Padded()) + 3) * kLanes, "library/K7Image",
                                   __LINE__);
         if (line)
             FilterLines(pass, first, last, line.data());
         else
             CopyLines(pass, first, last);
-    }
-
-    static void Run(K7Image* image, float radius, const K7Image* source, int direction, int firstChannel,
-                    int endChannel) {
-        image->sigma_ = SigmaOf(radius);
-        image->firstChannel_ = firstChannel;
-        image->endChannel_ = endChannel;
-        image->passSource_ = source ? source : image;
-        if (direction == 0 || direction == 2) {
-            RunImageChunks(image, Filter<false>, image->Height);
-            image->passSource_ = image;
-        }
-        if (direction == 1 || direction == 2) RunImageChunks(image, Filter<true>, image->Width);
-    }
-};
-
-void K7Image::GaussianRecursive(float radius, const K7Image* source, int direction, bool withAlpha) {
-    RecursiveGaussian::Run(this, radius, source, direction, 0, withAlpha ? 4 : 3);
+    });
 }
 
+void RunPasses(K7Image& image, float radius, const K7Image* source, int direction, int firstChannel,
+               int endChannel) {
+    const double sigma = SigmaOf(radius);
+    const int channels = endChannel - firstChannel;
+    u16* target = image.Pixels + firstChannel;
+    const u16* from = source ? source->Pixels + firstChannel : target;
+    if (direction == 0 || direction == 2) {
+        RunPass(Lines::Rows(image), image.Height, from, target, channels, sigma);
+        from = target;
+    }
+    if (direction == 1 || direction == 2)
+        RunPass(Lines::Columns(image), image.Width, from, target, channels, sigma);
+}
+
+} // namespace
+
+template <>
+void K7Image::GaussianRecursive(float radius, const K7Image* source, int direction, bool withAlpha) {
+    RunPasses(*this, radius, source, direction, 0, withAlpha ? 4 : 3);
+}
+
+template <>
 void K7Image::GaussianRecursiveChannel(float radius, const K7Image* source, int direction, int channel,
                                        bool keepOthers) {
     if (source && keepOthers)
         CopyScaled(source, 1.0f, 1.0f, 1.0f, 1.0f);
     else if (source)
         Fill(0, 0, 0, 0);
-    RecursiveGaussian::Run(this, radius, source, direction, channel, channel + 1);
+    RunPasses(*this, radius, source, direction, channel, channel + 1);
 }
 
 } // namespace k7

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "library/GaussianKernel.h"
+#include "library/Samples.h"
 
 #include <cstdint>
 #include <memory>
 
 namespace k7 {
-
-class K7Image;
 
 /// The sums of the words round each pixel of a channel, times the weights of a table; black lies beyond the
 /// picture. Sums are whole numbers below 2^53.

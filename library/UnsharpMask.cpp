@@ -68,6 +68,7 @@ std::unique_ptr<KernelSums> MakeSums(const GaussianKernel2D& kernel, const K7Ima
 
 } // namespace
 
+template <>
 void K7Image::UnsharpMask(float radius, float amount, const K7Image* source, bool withAlpha) {
     const GaussianKernel2D kernel = MakeGaussianKernel2D(HeldRadius(radius, *this));
     const std::unique_ptr<KernelSums> sums = MakeSums(kernel, *this);
@@ -85,10 +86,7 @@ void K7Image::UnsharpMask(float radius, float amount, const K7Image* source, boo
             SharpenRow(row.data(), divisor, held, Width, from.Rows[y] + c, Rows[y] + c);
         }
     }
-    if (!withAlpha && source) {
-        copySource_ = source;
-        CopyAlphaRows(this, 0, Height - 1, 1);
-    }
+    if (!withAlpha && source) CopyAlpha(source);
 }
 
 } // namespace k7

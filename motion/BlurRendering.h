@@ -1,11 +1,11 @@
 #pragma once
 
 #include "baselib/Buffer.h"
+#include "library/Samples.h"
 #include "motion/MotionField.h"
 
 namespace k7 {
 
-class K7Image;
 class PluginK7;
 
 /// How light is laid along the paths.

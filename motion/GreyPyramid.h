@@ -1,11 +1,11 @@
 #pragma once
 
 #include "baselib/Buffer.h"
+#include "library/Samples.h"
 #include "motion/BlockMatch.h"
 
 namespace k7 {
 
-class K7Image;
 class PluginK7;
 
 /// Least and greatest luma, in 256ths of a picture word.

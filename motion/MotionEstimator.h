@@ -1,12 +1,12 @@
 #pragma once
 
 #include "baselib/Buffer.h"
+#include "library/Samples.h"
 #include "motion/GreyPyramid.h"
 #include "motion/MotionField.h"
 
 namespace k7 {
 
-class K7Image;
 class PluginK7;
 
 /// What to look for, and where.

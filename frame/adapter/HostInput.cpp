@@ -70,7 +70,8 @@ bool HostValues::Text(ControlInput* input, std::string* text) {
     return parameter;
 }
 
-bool HostFrames::ReadInputAtTime(double time, K7Image& target) {
+template <class Sample>
+bool HostFrames::Read(double time, PictureK7<Sample>& target) {
     // Hold the time within the clip, whose end lies one past its last frame.
     host::TimeExtent extent(host::kTimeUndefined, host::kTimeUndefined, host::kTimeUndefined);
     operator_->GetExtent(extent, nullptr);
@@ -80,5 +81,8 @@ bool HostFrames::ReadInputAtTime(double time, K7Image& target) {
     const host::Ref<host::Parameter> source(input_->GetSource(time));
     return HostIntoK7Image(dynamic_cast<const host::Image*>(source.get()), target);
 }
+
+template bool HostFrames::Read(double time, K7Image& target);
+template bool HostFrames::Read(double time, FloatImageK7& target);
 
 } // namespace k7

@@ -71,9 +71,13 @@ private:
 class HostFrames : public FrameSource {
 public:
     HostFrames(host::Operator* op, host::Input* input) : operator_(op), input_(input) {}
-    bool ReadInputAtTime(double time, K7Image& target) override;
+    bool ReadInputAtTime(double time, K7Image& target) override { return Read(time, target); }
+    bool ReadInputAtTime(double time, FloatImageK7& target) override { return Read(time, target); }
 
 private:
+    template <class Sample>
+    bool Read(double time, PictureK7<Sample>& target);
+
     host::Operator* const operator_;
     host::Input* const input_;
 };

@@ -44,12 +44,22 @@ void OperatorK7::Process(Request* request) {
 }
 
 void OperatorK7::RunFrame(Request* request) {
+    const auto* floats =
+        floatPictures_ ? dynamic_cast<const Number*>(request->GetInputData(floatPictures_, 0)) : nullptr;
+    if (floats && floats->Value != 0.0)
+        RunFrameIn<float>(request);
+    else
+        RunFrameIn<u16>(request);
+}
+
+template <class Sample>
+void OperatorK7::RunFrameIn(Request* request) {
     const auto* main = dynamic_cast<const Image*>(request->GetInputData(mainInput_, 0));
-    const std::unique_ptr<K7Image> input = HostToK7Image(main);
+    const auto input = HostToK7Image<Sample>(main);
     if (!input) return; // without a picture, or memory for it, there is no output
-    const std::unique_ptr<K7Image> second = ReadSecondImage(request, main, *input);
+    const auto second = ReadSecondImage(request, main, *input);
     ReadFrameValues(request);
-    const std::unique_ptr<K7Image> output = HostToK7Image(main);
+    const auto output = HostToK7Image<Sample>(main);
     if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
 
     RunCore(input.get(), second.get(), output.get());
@@ -61,9 +71,10 @@ void OperatorK7::RunFrame(Request* request) {
         request->SetOutputData(output_, result);
 }
 
-void OperatorK7::RunCore(K7Image* input, K7Image* second, K7Image* output) {
+template <class Sample>
+void OperatorK7::RunCore(PictureK7<Sample>* input, PictureK7<Sample>* second, PictureK7<Sample>* output) {
     const struct Emptied {
-        ~Emptied() { op.FillSlots(nullptr, nullptr, nullptr); }
+        ~Emptied() { op.FillSlots<Sample>(nullptr, nullptr, nullptr); }
         OperatorK7& op;
     } emptied{*this}; // also where the core throws
     FillSlots(input, second, output);
@@ -72,14 +83,16 @@ void OperatorK7::RunCore(K7Image* input, K7Image* second, K7Image* output) {
     core_->Process();
 }
 
-void OperatorK7::FillSlots(K7Image* input, K7Image* second, K7Image* output) {
-    mainSlot_->Image = input;
-    if (secondSlot_) secondSlot_->Image = second;
-    outputSlot_->Image = output;
+template <class Sample>
+void OperatorK7::FillSlots(PictureK7<Sample>* input, PictureK7<Sample>* second, PictureK7<Sample>* output) {
+    mainSlot_->Of<Sample>() = input;
+    if (secondSlot_) secondSlot_->Of<Sample>() = second;
+    outputSlot_->Of<Sample>() = output;
 }
 
-std::unique_ptr<K7Image> OperatorK7::ReadSecondImage(Request* request, const Image* main,
-                                                     const K7Image& like) {
+template <class Sample>
+std::unique_ptr<PictureK7<Sample>> OperatorK7::ReadSecondImage(Request* request, const Image* main,
+                                                               const PictureK7<Sample>& like) {
     if (!secondSlot_) return nullptr;
     const auto* image = dynamic_cast<const Image*>(request->GetInputData(secondInput_, 0));
     if (secondUse_ == SecondImage::AtOtherTimes) {

@@ -79,6 +79,10 @@ public:
     void NotifyChanged(host::Input* in, host::Parameter* param, double time, host::TagList* tags) override;
     void ProcessChunk(host::Request* request, long index) override;
 
+    /// Adds the switch between words, its default, and floats. Once, behind all rows of the tool's own
+    /// tables.
+    void AddDepthSwitch();
+
 protected:
     /// Makes the effect's core, which this operator owns.
     template <class Core>
@@ -138,11 +142,19 @@ private:
     void Note(ControlK7& control, unsigned notes);
     host::Input* NewImageInput(const char* name, int number, bool optional);
     void ReadFrameValues(host::Request* request);
-    std::unique_ptr<K7Image> ReadSecondImage(host::Request* request, const host::Image* main,
-                                             const K7Image& like);
     void RunFrame(host::Request* request);
-    void RunCore(K7Image* input, K7Image* second, K7Image* output);
-    void FillSlots(K7Image* input, K7Image* second, K7Image* output);
+
+    // One frame in its depth.
+    template <class Sample>
+    void RunFrameIn(host::Request* request);
+    template <class Sample>
+    std::unique_ptr<PictureK7<Sample>> ReadSecondImage(host::Request* request, const host::Image* main,
+                                                       const PictureK7<Sample>& like);
+    template <class Sample>
+    void RunCore(PictureK7<Sample>* input, PictureK7<Sample>* second, PictureK7<Sample>* output);
+    template <class Sample>
+    void FillSlots(PictureK7<Sample>* input, PictureK7<Sample>* second, PictureK7<Sample>* output);
+
     void EndFrame();
 
     std::unique_ptr<PluginK7> core_;
@@ -164,6 +176,7 @@ private:
     SecondImage secondUse_ = SecondImage::FitToMain;
     ImageOutputK7* outputSlot_ = nullptr;
     host::Output* output_ = nullptr;
+    host::Input* floatPictures_ = nullptr;
 
     std::recursive_mutex valuesMutex_; ///< guards the controls' values and the two fields below
     bool frameInWork_ = false;

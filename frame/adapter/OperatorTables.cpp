@@ -122,6 +122,17 @@ void OperatorK7::Add(ColourControlK7& control, const ControlName& name, const Co
     Note(control, name.notes);
 }
 
+void OperatorK7::AddDepthSwitch() {
+    floatPictures_ = AddInput(FuID("Float Pictures"), FuID("FloatPictures"),
+                              {{kTagDataType, FuID("Number")},
+                               {kTagControlKind, FuID("CheckboxControl")},
+                               {kTagCommon, 0},
+                               {kTagShown, 0},
+                               {kTagInteger, 1},
+                               {kTagCheckbox, 0},
+                               {kTagDefault, 0.0}});
+}
+
 Input* OperatorK7::NewImageInput(const char* name, int number, bool optional) {
     TagList tags{{kTagDataType, FuID("Image")}, {kTagMainLink, number}};
     if (optional) tags.Add({kTagOptional, 0});

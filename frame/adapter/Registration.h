@@ -3,6 +3,7 @@
 #include "frame/adapter/HostNames.h"
 #include "frame/adapter/OperatorK7.h"
 
+#include <memory>
 #include <new>
 
 namespace k7 {
@@ -44,7 +45,9 @@ public:
 private:
     static host::Object* Create(host::Registry* registry, host::ScriptVal& value, host::TagList& tags) {
         try {
-            return new Tool(OperatorArguments{registry, value, tags});
+            auto tool = std::make_unique<Tool>(OperatorArguments{registry, value, tags});
+            tool->AddDepthSwitch();
+            return tool.release();
         } catch (const std::bad_alloc&) {
             return nullptr;
         }

@@ -5,13 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 namespace k7::test {
 namespace {
 
 TEST(ImageTransfer, WordsLoseTheirLowestBitAndEndAtFullScale) {
     const int words[] = {0, 1, 2, 32766, 32767, 32768, 65534, 65535};
     const host::Ref<host::Image> source(HostPicture(8, 1, [&](int x, int, int) { return words[x]; }));
-    const std::unique_ptr<K7Image> image = HostToK7Image(source.get());
+    const std::unique_ptr<K7Image> image = HostToK7Image<u16>(source.get());
     const host::Ref<host::Image> back(K7ImageToHost(*source, *image));
     for (int x = 0; x < 8; ++x) {
         const int h = words[x];
@@ -26,7 +29,7 @@ TEST(ImageTransfer, ChannelsRowsAndAspectAreCarriedOverFromBothKindsOfPlanes) {
         const host::Ref<host::Image> source(HostPicture(
             3, 2, [](int x, int y, int c) { return 2 * (100 * x + 10 * y + c); }, planes));
         source->AspectX = 2.0;
-        const std::unique_ptr<K7Image> image = HostToK7Image(source.get());
+        const std::unique_ptr<K7Image> image = HostToK7Image<u16>(source.get());
         EXPECT_TRUE(
             Same(*image, *MakePicture(3, 2, [](int x, int y, int c) { return 100 * x + 10 * y + c; })));
         EXPECT_EQ(image->AspectX, 2.0);
@@ -36,8 +39,22 @@ TEST(ImageTransfer, ChannelsRowsAndAspectAreCarriedOverFromBothKindsOfPlanes) {
     }
 }
 
+TEST(ImageTransfer, FloatsKeepTheirValuesBeyondBlackAndWhite) {
+    constexpr float inf = std::numeric_limits<float>::infinity();
+    const float stored[8] = {1.0f, 5.0f, -0.25f, 65504.0f, inf, -inf, std::nanf(""), 0.0f};
+    const float want[8] = {1.0f, 5.0f, -0.25f, 65504.0f, 65504.0f, -65504.0f, 0.0f, 0.0f};
+    const host::Ref<host::Image> source(host::Image::Make(2, 1, host::Depth::Half));
+    source->WriteRow(0, stored);
+    const std::unique_ptr<FloatImageK7> image = HostToK7Image<float>(source.get());
+    EXPECT_EQ(image->Rows[0][0], 32767.0f);
+    EXPECT_EQ(image->Rows[0][6], 0.0f);
+    float back[8];
+    host::Ref<host::Image>(K7ImageToHost(*source, *image))->ReadRow(0, back);
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(back[i], want[i]) << i;
+}
+
 TEST(ImageTransfer, NoSourceGivesNoPicture) {
-    EXPECT_EQ(HostToK7Image(nullptr), nullptr);
+    EXPECT_EQ(HostToK7Image<u16>(nullptr), nullptr);
     EXPECT_FALSE(HostIntoK7Image(nullptr, *Flat(2, 2, 0)));
 }
 

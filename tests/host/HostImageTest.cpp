@@ -57,6 +57,45 @@ TEST(HostImage, RealChannelsOutsideZeroToOneAreHeld) {
     EXPECT_TRUE(pixel.Red == 0 && pixel.Green == 65535 && pixel.Blue == 0 && pixel.Alpha == 65535);
 }
 
+TEST(HostImage, RowsOfHalfAndFloatComeBackUnchanged) {
+    const float values[8] = {-3.0f, 7.5f, 65504.0f, 1e-7f, -0.0f, 1.0f / 3.0f, 0.0f, -65504.0f};
+    for (Planes planes : {Planes::One, Planes::Two})
+        for (Depth depth : {Depth::Half, Depth::Float}) {
+            const Ref<Image> image = NewImage(2, 2, depth, planes);
+            image->WriteRow(1, values);
+            float first[8], second[8];
+            image->ReadRow(1, first);
+            const std::size_t exact = depth == Depth::Float ? sizeof values : 0;
+            EXPECT_EQ(std::memcmp(first, values, exact), 0);
+            for (int i = 0; i < 8; ++i) EXPECT_NEAR(first[i], values[i], std::abs(values[i]) / 2048 + 3e-8);
+            image->WriteRow(0, first);
+            image->ReadRow(0, second);
+            EXPECT_EQ(std::memcmp(first, second, sizeof first), 0);
+        }
+}
+
+TEST(HostImage, RowsOfIntegersRoundToTheNearestAndClamp) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float values[4] = {1.4f / 255.0f, -1.0f, 2.0f, nan};
+    const float want[4] = {1.0f / 255.0f, 0.0f, 1.0f, 0.0f};
+    const Ref<Image> image = NewImage(1, 1, Depth::Int8);
+    image->WriteRow(0, values);
+    float back[4];
+    image->ReadRow(0, back);
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(back[c], want[c]) << c;
+    const Ref<Image> words = NewImage(1, 1, Depth::Int16);
+    for (int word : {0, 1, 32767, 32768, 65535}) {
+        const Pixel pixel{word, word, word, word};
+        words->Write(&pixel, words->PlaneAccess[0].Row(0), nullptr);
+        words->ReadRow(0, back);
+        EXPECT_EQ(back[0], static_cast<float>(word) / 65535.0f);
+        words->WriteRow(0, back);
+        Pixel again;
+        words->Read(&again, words->PlaneAccess[0].Row(0), nullptr);
+        EXPECT_EQ(again.Alpha, word);
+    }
+}
+
 TEST(HostImage, NewImageIsLikeItsModelOrNone) {
     const Ref<Image> like = NewImage(5, 4, Depth::Half, Planes::Two);
     like->AspectX = 2.0;

@@ -66,8 +66,8 @@ TEST_F(Chunks, ExternalWorkersGetTheirContext) {
     EXPECT_EQ(touched, std::vector<int>(50, 1));
 }
 
-void CountRows(K7Image* image, int first, int last, int) {
-    for (int y = first; y <= last; ++y) ++image->Rows[y][0];
+void CountRows(void* image, int first, int last, int) {
+    for (int y = first; y <= last; ++y) ++static_cast<K7Image*>(image)->Rows[y][0];
 }
 
 TEST_F(Chunks, ImageOperationsRunUnderTheRecordOfTheirThread) {

@@ -12,12 +12,16 @@ namespace k7::test {
 
 /// A clip in memory.
 struct Clip : FrameSource {
-    bool ReadInputAtTime(double time, K7Image& target) override {
+    bool ReadInputAtTime(double time, K7Image& target) override { return Read(time, target); }
+    bool ReadInputAtTime(double time, FloatImageK7& target) override { return Read(time, target); }
+
+    template <class Sample>
+    bool Read(double time, PictureK7<Sample>& target) {
         Reads.push_back(time);
         if (Broken || Frames.empty()) return false;
         const K7Image& frame = At(time);
         if (frame.Width != target.Width || frame.Height != target.Height) return false;
-        target.CopyScaled(&frame, 1.0f, 1.0f, 1.0f, 1.0f);
+        std::copy_n(frame.Pixels, frame.Width * frame.Height * frame.Channels, target.Pixels);
         return true;
     }
     K7Image& At(double time) {

@@ -63,17 +63,22 @@ struct CoreRunner {
     }
 
     /// Runs one frame from `input` (as the input slot's image) and gives the output.
-    Picture Run(K7Image& input, ImageInputK7& slot) {
-        Picture output = K7Image::MakeCopy(input);
-        slot.Image = &input;
-        core.Output.Image = output.get();
+    template <class Sample>
+    std::unique_ptr<PictureK7<Sample>> Run(PictureK7<Sample>& input, ImageInputK7& slot) {
+        auto output = PictureK7<Sample>::MakeCopy(input);
+        slot.Of<Sample>() = &input;
+        core.Output.template Of<Sample>() = output.get();
         const CurrentChunksScope scope(&chunks);
         core.Process();
-        slot.Image = nullptr;
-        core.Output.Image = nullptr;
+        slot.Of<Sample>() = nullptr;
+        core.Output.template Of<Sample>() = nullptr;
         return output;
     }
-    Picture Run(K7Image& input, int threads = 1) requires requires(Core& c) { c.Input.Image; }
+    template <class Sample>
+    std::unique_ptr<PictureK7<Sample>> Run(PictureK7<Sample>& input, int threads = 1) requires
+        requires(Core& c) {
+        c.Input.Image;
+    }
     {
         owner.Threads = threads;
         return Run(input, core.Input);

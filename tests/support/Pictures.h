@@ -12,6 +12,7 @@
 namespace k7::test {
 
 using Picture = std::unique_ptr<K7Image>;
+using FloatPicture = std::unique_ptr<FloatImageK7>;
 
 /// A picture whose words a function gives: word(x, y, channel).
 inline Picture MakePicture(int width, int height, const std::function<int(int, int, int)>& word) {
@@ -42,8 +43,19 @@ inline Picture Noise(int width, int height, std::uint32_t seed = 1) {
     });
 }
 
-/// EXPECT_TRUE(Same(a, b)): every word agrees; otherwise the first place that differs, with both values.
-inline testing::AssertionResult Same(const K7Image& got, const K7Image& want) {
+/// A word picture as floats, each value times a gain.
+inline FloatPicture Floats(const K7Image& words, float gain = 1.0f) {
+    FloatPicture floats = FloatImageK7::Make(words.Width, words.Height);
+    for (int i = 0; i < words.Width * words.Height * words.Channels; ++i)
+        floats->Pixels[i] = static_cast<float>(words.Pixels[i]) * gain;
+    floats->AspectX = words.AspectX;
+    floats->AspectY = words.AspectY;
+    return floats;
+}
+
+/// EXPECT_TRUE(Same(a, b)): every sample agrees; otherwise the first place that differs, with both values.
+template <class Sample>
+testing::AssertionResult Same(const PictureK7<Sample>& got, const PictureK7<Sample>& want) {
     if (got.Width != want.Width || got.Height != want.Height)
         return testing::AssertionFailure() << "sizes " << got.Width << " x " << got.Height << " and "
                                            << want.Width << " x " << want.Height;

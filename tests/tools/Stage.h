@@ -78,13 +78,15 @@ public:
             input.SetSource(host::AutoNumber(value).get(), 3.0, 1, nullptr);
     }
 
-    /// The inputs that hold numbers or points.
+    /// The tool's own inputs that hold numbers or points.
     std::vector<host::Input*> Settings() const {
         std::vector<host::Input*> settings;
-        for (host::Input* input : op->Inputs())
+        for (host::Input* input : op->Inputs()) {
+            if (input->HasAttr(host::kTagCommon)) continue;
             if (input->DataType() == host::Input::Type::Number ||
                 input->DataType() == host::Input::Type::Point)
                 settings.push_back(input);
+        }
         return settings;
     }
 
