@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <new>
 #include <vector>
 
@@ -127,6 +128,12 @@ std::shared_ptr<const Image> Prepare(const Image& image, const Layout& layout) {
     return picture;
 }
 
+/// Whether a format's encoder writes what can be read when it works in memory. That of TIFF does not:
+/// directories of metadata come behind the pixels, and the first one, which it goes back to, is lost.
+bool WorksInMemory(const OIIO::ImageOutput& output) {
+    return output.supports("ioproxy") && std::strcmp(output.format_name(), "tiff") != 0;
+}
+
 /// A file format's own encoder. It works in memory where it can, so that the disk sees one plain write whose
 /// failure shows; other formats write the file at `path` themselves.
 class Encoder {
@@ -162,7 +169,7 @@ public:
 
 private:
     bool Open(const std::string& path, const ImageSpec& spec) {
-        if (output_->supports("ioproxy")) output_->set_ioproxy(&memory_);
+        if (WorksInMemory(*output_)) output_->set_ioproxy(&memory_);
         if (output_->open(path, spec)) return true;
         output_->set_ioproxy(nullptr); // or some encoders close what they have not opened
         return false;
