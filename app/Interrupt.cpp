@@ -1,6 +1,10 @@
 #include "app/Interrupt.h"
 
+#include "media/TemporaryFiles.h"
+
 #include <csignal>
+
+#include <unistd.h>
 
 namespace app {
 namespace {
@@ -9,15 +13,23 @@ std::atomic<std::atomic<bool>*> flagToRaise = nullptr;
 std::atomic<int> caught = 0;
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
+void EndAtOnce(int signal) {
+    media::RemoveTemporaryFiles();
+    ::_exit(128 + signal);
+}
+
+/// The first signal stops the run; the second, whichever it is, ends the program.
 void Raise(int signal) {
-    caught = signal;
+    if (caught.exchange(signal)) EndAtOnce(signal);
     if (std::atomic<bool>* flag = flagToRaise) *flag = true;
+    constexpr char hint[] = "k7: stopping; once more ends at once\n";
+    [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, hint, sizeof hint - 1);
 }
 
 void Catch(void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+    action.sa_flags = SA_RESTART;
     for (int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
 }
 
@@ -27,11 +39,17 @@ Interrupt::Interrupt(std::atomic<bool>& flag) {
     caught = 0;
     flagToRaise = &flag;
     Catch(Raise);
+    std::signal(SIGPIPE, SIG_IGN); // progress that nobody reads stops no render
 }
 
 Interrupt::~Interrupt() {
-    Catch(SIG_DFL);
+    Catch(EndAtOnce);
     flagToRaise = nullptr;
+}
+
+void EndBySignals() {
+    Catch(EndAtOnce);
+    std::signal(SIGXFSZ, SIG_IGN); // a file that becomes too large fails its frame
 }
 
 int Interrupt::ExitCode() const {

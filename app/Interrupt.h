@@ -17,4 +17,7 @@ public:
     int ExitCode() const;
 };
 
+/// Until a render takes over, and after it, a signal to end removes unfinished files and ends the program.
+void EndBySignals();
+
 } // namespace app

@@ -1,6 +1,7 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
 #include "app/Listener.h"
+#include "app/PictureOptions.h"
 #include "app/PreviewView.h"
 #include "media/Errors.h"
 #include "media/PlugIns.h"
@@ -112,6 +113,7 @@ public:
                 "X1,Y1:X2,Y2: press, move and let go, in fractions of the picture; y upward");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
         line.add_flag("--json", json_, "Write an array with what came of each drag");
+        pictures_.AddTo(line, false);
     }
 
     int Run() override {
@@ -120,7 +122,7 @@ public:
         for (const std::string& drag : drags_) paths.push_back(ParseDrag(drag));
         CheckCanWrite(output_);
         Tool tool(FindTool(toolName_));
-        tool.LinkAll(links_, Missing::Error, aspect_);
+        tool.LinkAll(links_, Missing::Error, aspect_, pictures_.Reading());
         const int frame = SetFrame(tool);
         for (const std::string& setting : settings_) ApplySetting(tool.Op(), setting);
         Console console(Console::Style::Quiet, 1, frame, frame);
@@ -158,11 +160,13 @@ private:
         Picture like;
         like.image = view.Snapshot();
         like.channels = 3;
+        like.depth = {like.image->PixelDepth};
         WritePicture(output_, *like.image, like, [&](const std::string& text) { console.Warn(text); });
     }
 
     std::string toolName_, output_, size_, aspect_;
     std::vector<std::string> links_, settings_, drags_;
+    PictureOptions pictures_;
     std::optional<int> frame_;
     bool json_ = false;
 };

@@ -1,5 +1,6 @@
 #include "app/Commands.h"
 #include "app/Listener.h"
+#include "app/PictureOptions.h"
 #include "app/RenderJob.h"
 #include "host/Application.h"
 #include "media/Errors.h"
@@ -59,12 +60,13 @@ public:
                         "Take the controls from a file that --save-settings wrote");
         line.add_option("--save-settings", saveFile_,
                         "Write all controls with their keys into a file at the end");
-        line.add_flag("--quiet", quiet_, "Tell of warnings and errors alone");
+        line.add_flag("--quiet", quiet_, "Print only warnings and errors");
+        pictures_.AddTo(line, true);
     }
 
     int Run() override {
         Tool tool(FindTool(toolName_));
-        tool.LinkAll(links_, ParseMissing(missing_), aspect_);
+        tool.LinkAll(links_, ParseMissing(missing_), aspect_, pictures_.Reading());
         const std::vector<int> frames = ChooseFrames(tool);
         CheckOutput(tool, frames);
         if (threads_) host::GetApp()->ProcessorCount = threads_;
@@ -74,7 +76,7 @@ public:
         const auto [least, most] = std::minmax_element(frames.begin(), frames.end());
         Console console(Console::StyleFor(quiet_), static_cast<int>(frames.size()), *least, *most);
         const Listener listener(console);
-        const int code = RenderJob(tool, console, output_, skipExisting_).Run(frames);
+        const int code = RenderJob(tool, console, output_, skipExisting_, pictures_.Writing()).Run(frames);
         if (!saveFile_.empty()) Save(tool.Op());
         return code;
     }
@@ -94,7 +96,7 @@ private:
     }
 
     void CheckOutput(const Tool& tool, const std::vector<int>& frames) const {
-        CheckCanWrite(output_);
+        CheckCanWrite(output_, pictures_.Writing());
         const FilePattern output(output_);
         // A tool that looks back would find its own work.
         if (tool.ReadsSequence(output.At(frames.front()), frames.front()))
@@ -121,6 +123,7 @@ private:
     std::string toolName_, output_, frames_, extent_, aspect_, settingsFile_, saveFile_;
     std::string missing_ = "error";
     std::vector<std::string> links_, settings_;
+    PictureOptions pictures_;
     int threads_ = 0;
     bool skipExisting_ = false, quiet_ = false;
 };

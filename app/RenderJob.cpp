@@ -12,11 +12,13 @@ using namespace media;
 
 using namespace media;
 
-RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting)
+RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting,
+                     WriteOptions options)
     : tool_(tool)
     , console_(console)
     , output_(std::move(output))
-    , skipExisting_(skipExisting) {}
+    , skipExisting_(skipExisting)
+    , options_(std::move(options)) {}
 
 void RenderJob::Attempt(int frame, const std::string& path, const std::function<void()>& work) {
     std::string why;
@@ -51,7 +53,8 @@ void RenderJob::RenderFrame(int frame, const std::string& path) {
     FinishWriting();
     writing_ = {
         frame, path, start, std::async(std::launch::async, [=, this, like = tool_.MainClip().At(frame)] {
-            WritePicture(path, *image, like, [this](const std::string& text) { console_.Warn(text); });
+            WritePicture(
+                path, *image, like, [this](const std::string& text) { console_.Warn(text); }, options_);
         })};
 }
 

@@ -18,7 +18,8 @@ namespace app {
 /// Renders frames of a tool into files. While a frame is rendered, the one before it is written.
 class RenderJob {
 public:
-    RenderJob(media::Tool& tool, Console& console, std::string output, bool skipExisting);
+    RenderJob(media::Tool& tool, Console& console, std::string output, bool skipExisting,
+              media::WriteOptions options = {});
 
     /// Renders all frames, whatever becomes of single ones, and lists the failures on standard error. The
     /// program's exit code.
@@ -46,6 +47,7 @@ private:
     Console& console_;
     const media::FilePattern output_;
     const bool skipExisting_;
+    const media::WriteOptions options_;
     std::optional<Writing> writing_;
     int written_ = 0;
     std::vector<std::pair<int, std::string>> failures_;

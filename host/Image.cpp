@@ -18,9 +18,9 @@ constexpr std::int32_t kFull = 65535;
 
 template <class Stored>
 Stored NearestOf(float real) {
-    constexpr auto full = static_cast<float>(std::numeric_limits<Stored>::max());
-    const float scaled = real * full + 0.5f;
-    return static_cast<Stored>(scaled > 0.0f ? std::min(scaled, full) : 0.0f); // NaN is 0 too
+    constexpr double full = std::numeric_limits<Stored>::max();
+    const double scaled = static_cast<double>(real) * full + 0.5;
+    return static_cast<Stored>(scaled > 0.0 ? std::min(scaled, full) : 0.0); // NaN is 0 too
 }
 
 struct Int8 {

@@ -29,8 +29,8 @@ Aspect ParseAspect(const std::string& text) {
     return {sides[0], sides[1]};
 }
 
-Clip::Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect)
-    : source_(OpenClip(name))
+Clip::Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect, const ReadOptions& options)
+    : source_(OpenClip(name, options))
     , missing_(missing)
     , aspect_(aspect)
     , cache_(kCacheBytes) {}
@@ -52,6 +52,7 @@ Picture Clip::Black() const {
     black->AspectX = like.AspectX;
     black->AspectY = like.AspectY;
     picture.image = std::move(black);
+    picture.path.clear(); // other channels of that frame do not belong to this one
     return picture;
 }
 

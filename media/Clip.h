@@ -31,7 +31,8 @@ Aspect ParseAspect(const std::string& text);
 class Clip : public host::ImageProvider {
 public:
     /// `aspect`, where given, replaces the files' own.
-    Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect);
+    Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect,
+         const ReadOptions& options = {});
 
     bool IsSequence() const { return source_->IsSequence(); }
     std::string NameOf(int frame) const { return source_->NameOf(frame); }

@@ -14,7 +14,7 @@ namespace {
 
 class FileSource : public ClipSource {
 public:
-    explicit FileSource(const std::string& path) : files_(path) {}
+    FileSource(const std::string& path, const ReadOptions& options) : files_(path), options_(options) {}
 
     bool IsSequence() const override { return files_.IsSequence(); }
     std::vector<int> Frames() const override { return files_.FramesOnDisk(); }
@@ -23,11 +23,45 @@ public:
         return std::filesystem::exists(files_.At(frame), ignored);
     }
     std::string NameOf(int frame) const override { return files_.At(frame); }
-    Picture Read(int frame) const override { return ReadPicture(files_.At(frame)); }
+    Picture Read(int frame) const override { return ReadPicture(files_.At(frame), options_); }
 
 private:
     const FilePattern files_;
+    const ReadOptions options_;
 };
+
+/// A movie or an animation: one file of several pictures, from frame 0 on.
+class MovieSource : public ClipSource {
+public:
+    MovieSource(const std::string& path, int frames, const ReadOptions& options)
+        : path_(path)
+        , frames_(frames)
+        , options_(options) {}
+
+    bool IsSequence() const override { return true; }
+    std::vector<int> Frames() const override {
+        std::vector<int> frames(static_cast<std::size_t>(frames_));
+        std::iota(frames.begin(), frames.end(), 0);
+        return frames;
+    }
+    bool Has(int frame) const override { return frame >= 0 && frame < frames_; }
+    std::string NameOf(int frame) const override { return path_ + " frame " + std::to_string(frame); }
+    Picture Read(int frame) const override { return ReadPicture(path_, options_, frame); }
+
+private:
+    const std::string path_;
+    const int frames_;
+    const ReadOptions options_;
+};
+
+/// Frames in a file; 1 where it cannot be read, which comes to light with its first frame.
+int FramesIn(const std::string& path, const ReadLimits& limits) {
+    try {
+        return CountFrames(path, limits);
+    } catch (const FrameError&) {
+        return 1;
+    }
+}
 
 class SampleSource : public ClipSource {
 public:
@@ -43,6 +77,7 @@ public:
         Picture picture;
         picture.image = Share(host::Image::Make(SampleClip::kWidth, SampleClip::kHeight, host::Depth::Int16));
         if (!picture.image) throw FrameError(NameOf(frame) + ": there is not enough memory for this picture");
+        picture.colours = {false, {0, 1, 2, 3}};
         const std::vector<std::uint16_t> words = SampleClip::Frame(frame);
         constexpr std::size_t row = 4 * SampleClip::kWidth;
         for (int y = 0; y < SampleClip::kHeight; ++y)
@@ -54,9 +89,12 @@ public:
 
 } // namespace
 
-std::unique_ptr<ClipSource> OpenClip(const std::string& name) {
+std::unique_ptr<ClipSource> OpenClip(const std::string& name, const ReadOptions& options) {
     if (name == kSampleName) return std::make_unique<SampleSource>();
-    return std::make_unique<FileSource>(name);
+    if (!FilePattern(name).IsSequence())
+        if (const int frames = FramesIn(name, options.limits); frames > 1)
+            return std::make_unique<MovieSource>(name, frames, options);
+    return std::make_unique<FileSource>(name, options);
 }
 
 } // namespace media

@@ -27,7 +27,7 @@ public:
 /// The name that stands for the built-in clip.
 inline constexpr const char* kSampleName = "sample:";
 
-/// `sample:`, a file, or a sequence of files.
-std::unique_ptr<ClipSource> OpenClip(const std::string& name);
+/// `sample:`, a file, a file of several frames, or a sequence of files.
+std::unique_ptr<ClipSource> OpenClip(const std::string& name, const ReadOptions& options = {});
 
 } // namespace media

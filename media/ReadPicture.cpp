@@ -1,21 +1,17 @@
+#include "media/CheckedInput.h"
+#include "media/Decoding.h"
 #include "media/Errors.h"
+#include "media/FormatRules.h"
+#include "media/JpegQuality.h"
+#include "media/PictureDepth.h"
 #include "media/PictureFile.h"
 #include "media/PixelType.h"
-#include "media/Words.h"
-
-#include <OpenImageIO/imageio.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <filesystem>
-#include <limits>
-#include <mutex>
+#include <exception>
 #include <new>
 #include <vector>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace media {
 namespace {
@@ -25,7 +21,7 @@ using host::Image;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-/// The depth that takes a file's values without loss where there is one.
+/// The depth that takes a type's values without loss where there is one.
 Depth DepthOf(TypeDesc type) {
     switch (type.basetype) {
     case TypeDesc::UINT8:
@@ -41,80 +37,62 @@ Depth DepthOf(TypeDesc type) {
     }
 }
 
-/// Which channels of a file become red, green, blue and alpha; -1 for an opaque alpha.
-struct ChannelMap {
-    int colours; ///< 1 or 3
-    std::array<int, 4> from;
-    int Count() const { return colours + (from[3] >= 0 ? 1 : 0); }
-};
-
-ChannelMap MapChannels(const ImageSpec& spec) {
-    const int alpha = spec.alpha_channel;
-    std::vector<int> plain;
-    for (int c = 0; c < spec.nchannels; ++c)
-        if (c != alpha) plain.push_back(c);
-    if (plain.empty()) return {1, {alpha, alpha, alpha, alpha}};
-    if (plain.size() < 3) return {1, {plain[0], plain[0], plain[0], alpha}};
-
-    ChannelMap map{3, {plain[0], plain[1], plain[2], alpha}};
-    constexpr const char* names[3] = {"R", "G", "B"};
-    for (int c : plain)
-        for (std::size_t i = 0; i < 3; ++i)
-            if (spec.channel_name(c) == names[i]) map.from[i] = c;
-    return map;
+/// The depth of the channels that are worked on: the deepest of them.
+Depth DepthOf(const ImageSpec& spec, const ColourChannels& colours) {
+    Depth depth = Depth::Int8;
+    for (int channel : colours.from)
+        if (channel >= 0) depth = std::max(depth, DepthOf(spec.channelformat(channel)));
+    return depth;
 }
 
-/// Copies channel by channel from `source`, the file's pixels, to a row of the picture.
+/// Copies channel by channel from `in`, pixels of `channels` channels of which `first` is the lowest, to a
+/// row.
 template <class T>
-void SpreadRow(const std::byte* source, std::byte* target, int width, int channels, const ChannelMap& map,
-               T opaque) {
-    const T* in = reinterpret_cast<const T*>(source);
+void SpreadRow(const std::byte* source, std::byte* target, int width, int channels, int first,
+               const ColourChannels& colours, T opaque) {
+    const T* in = reinterpret_cast<const T*>(source) - first;
     T* out = reinterpret_cast<T*>(target);
+    const T none[4] = {T(0), T(0), T(0), opaque};
     for (int x = 0; x < width; ++x, in += channels, out += 4)
-        for (std::size_t c = 0; c < 4; ++c) out[c] = map.from[c] < 0 ? opaque : in[map.from[c]];
+        for (std::size_t c = 0; c < 4; ++c) out[c] = colours.from[c] < 0 ? none[c] : in[colours.from[c]];
 }
 
-void SpreadRow(Depth depth, const std::byte* source, std::byte* target, int width, int channels,
-               const ChannelMap& map) {
+void SpreadRow(Depth depth, const std::byte* source, std::byte* target, int width, int channels, int first,
+               const ColourChannels& colours) {
     switch (depth) {
     case Depth::Int8:
-        return SpreadRow<std::uint8_t>(source, target, width, channels, map, 255);
+        return SpreadRow<std::uint8_t>(source, target, width, channels, first, colours, 255);
     case Depth::Int16:
-        return SpreadRow<std::uint16_t>(source, target, width, channels, map, 65535);
+        return SpreadRow<std::uint16_t>(source, target, width, channels, first, colours, 65535);
     case Depth::Half:
-        return SpreadRow<std::uint16_t>(source, target, width, channels, map, 0x3c00); // the bits of 1.0
+        return SpreadRow<std::uint16_t>(source, target, width, channels, first, colours,
+                                        0x3c00); // the bits of 1.0
     case Depth::Float:
-        return SpreadRow<float>(source, target, width, channels, map, 1.0f);
+        return SpreadRow<float>(source, target, width, channels, first, colours, 1.0f);
     }
 }
 
-struct Window {
-    int left, top, right, bottom; ///< right and bottom lie one outside
-};
-
-/// The frame is the display window; a file that says none has its pixels for it.
-Window FrameOf(const ImageSpec& spec) {
-    if (spec.full_width < 1 || spec.full_height < 1)
-        return {spec.x, spec.y, spec.x + spec.width, spec.y + spec.height};
-    return {spec.full_x, spec.full_y, spec.full_x + spec.full_width, spec.full_y + spec.full_height};
-}
-
-/// Fills the part of the picture that the file has pixels for; the rest stays black and transparent.
-void FillPicture(Image& image, const ImageSpec& spec, const Window& frame,
-                 const std::vector<std::byte>& pixels) {
-    const ChannelMap map = MapChannels(spec);
+/// Reads the part of the frame that the file has pixels for; the rest stays black and transparent.
+void FillPicture(Image& image, const CheckedInput& file, const Picture& picture) {
+    const ImageSpec& spec = picture.stored;
+    const int first = picture.colours.First(), channels = picture.colours.End() - first;
     const std::size_t size = PixelType(image.PixelDepth).size();
-    const std::size_t pixel = size * static_cast<std::size_t>(spec.nchannels);
-    const int left = std::max(frame.left, spec.x), right = std::min(frame.right, spec.x + spec.width);
-    const int top = std::max(frame.top, spec.y), bottom = std::min(frame.bottom, spec.y + spec.height);
+    const std::size_t pixel = size * static_cast<std::size_t>(channels);
+    std::vector<std::byte> pixels(spec.image_pixels() * pixel);
+    file.Read(picture.part, first, first + channels, PixelType(image.PixelDepth), pixels.data());
+
+    const int left = std::max(spec.full_x, spec.x);
+    const int right = std::min(spec.full_x + spec.full_width, spec.x + spec.width);
+    const int top = std::max(spec.full_y, spec.y);
+    const int bottom = std::min(spec.full_y + spec.full_height, spec.y + spec.height);
     for (int y = top; y < bottom && left < right; ++y) {
         const std::size_t skipped =
             static_cast<std::size_t>(y - spec.y) * static_cast<std::size_t>(spec.width) +
             static_cast<std::size_t>(left - spec.x);
-        std::byte* row = image.PlaneAccess[0].Row(image.Height - 1 - (y - frame.top));
+        std::byte* row = image.PlaneAccess[0].Row(image.Height - 1 - (y - spec.full_y));
         SpreadRow(image.PixelDepth, pixels.data() + skipped * pixel,
-                  row + static_cast<std::size_t>(left - frame.left) * 4 * size, right - left, spec.nchannels,
-                  map);
+                  row + static_cast<std::size_t>(left - spec.full_x) * 4 * size, right - left, channels,
+                  first, picture.colours);
     }
 }
 
@@ -123,63 +101,76 @@ double PixelAspect(const ImageSpec& spec) {
     return aspect > 0 && std::isfinite(aspect) ? aspect : 1.0;
 }
 
-void CheckSize(const std::string& path, const ImageSpec& spec) {
-    const auto fits = [](long long width, long long height) {
-        return width > 0 && height > 0 && width <= std::numeric_limits<int>::max() / height;
-    };
-    if (!fits(spec.width, spec.height) || (spec.full_width > 0 && !fits(spec.full_width, spec.full_height)))
-        throw FrameError(path + ": a picture of " + std::to_string(spec.width) + " x " +
-                         std::to_string(spec.height) + " pixels is too large");
-    if (spec.depth > 1 || spec.deep) throw FrameError(path + ": is no flat picture");
+/// All channels of a file, part by part.
+std::string AllChannels(const CheckedInput& file) {
+    std::string all;
+    for (int part = 0; part < file.Pictures(); ++part)
+        all += (part ? "; part " + std::to_string(part) + ": " : "") + ChannelList(file.Spec(part));
+    return all;
 }
 
-/// While it lives, nothing reaches standard error: the PNG library writes there what it also reports. One
-/// decoder at a time.
-class Hush {
-public:
-    Hush() : lock_(mutex_), kept_(::dup(STDERR_FILENO)) {
-        const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-        if (kept_ >= 0 && nowhere >= 0) ::dup2(nowhere, STDERR_FILENO);
-        if (nowhere >= 0) ::close(nowhere);
+/// Finds the layer and fills in where the picture's colours lie.
+void ChooseColours(Picture& picture, const CheckedInput& file, const std::string& path,
+                   const std::string& layer, int number) {
+    const bool parts = HasParts(picture.format);
+    const int last = parts && !layer.empty() ? file.Pictures() - 1 : number;
+    for (int part = number; part <= last; ++part) {
+        const ImageSpec spec = file.Spec(part);
+        if (spec.depth > 1 || (spec.deep && layer.empty())) throw FrameError(path + ": is no flat picture");
+        if (spec.deep) continue;
+        std::optional<ColourChannels> colours = FindColours(spec, layer, parts);
+        if (!colours && !layer.empty() && spec.get_string_attribute("oiio:subimagename") == layer)
+            colours = FindColours(spec, "", parts);
+        if (!colours) continue;
+        picture.stored = spec;
+        picture.part = part;
+        picture.colours = *colours;
+        picture.channels = colours->Count();
+        return;
     }
-    ~Hush() {
-        if (kept_ < 0) return;
-        ::dup2(kept_, STDERR_FILENO);
-        ::close(kept_);
-    }
-    Hush(const Hush&) = delete;
-    Hush& operator=(const Hush&) = delete;
+    throw FrameError(path +
+                     (layer.empty() ? ": has no colour channels R, G, B or Y"
+                                    : ": has no layer '" + layer + "' with colours") +
+                     "; its channels are " + AllChannels(file));
+}
 
-private:
-    static inline std::mutex mutex_;
-    const std::lock_guard<std::mutex> lock_;
-    const int kept_;
-};
-
-Picture Decode(const std::string& path) {
-    ImageSpec wishes;
-    wishes.attribute(kUnassociatedAlpha, 1);
-    const auto file = OIIO::ImageInput::open(path, &wishes);
-    if (!file) throw FrameError(path + ": " + OneLine(OIIO::geterror()));
-    const ImageSpec& spec = file->spec();
-    CheckSize(path, spec);
-
-    const Depth depth = DepthOf(spec.format);
-    const Window frame = FrameOf(spec);
-    std::vector<std::byte> pixels(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels) *
-                                  PixelType(depth).size());
-    if (!file->read_image(0, 0, 0, spec.nchannels, PixelType(depth), pixels.data()))
-        throw FrameError(path + ": " + OneLine(file->geterror()));
-
+Picture Decode(const std::string& path, const ReadOptions& options, int number) {
+    const CheckedInput file(path, options.limits);
     Picture picture;
-    picture.image = Share(Image::Make(frame.right - frame.left, frame.bottom - frame.top, depth));
+    picture.path = path;
+    picture.format = file.Format();
+    if (number >= file.Pictures()) throw FrameError(path + ": has no picture " + std::to_string(number));
+    ChooseColours(picture, file, path, options.layer, number);
+    const ImageSpec& spec = picture.stored;
+    picture.depth = {DepthOf(spec, picture.colours), FewerBits(spec)};
+    picture.straight = picture.colours.HasAlpha() && HoldsStraightAlpha(picture.format, spec);
+    if (picture.format == "jpeg") picture.quality = JpegQuality(path);
+
+    picture.image = Share(Image::Make(spec.full_width, spec.full_height, picture.depth.depth));
     if (!picture.image) throw std::bad_alloc();
-    FillPicture(*picture.image, spec, frame, pixels);
+    FillPicture(*picture.image, file, picture);
     picture.image->AspectX = PixelAspect(spec);
-    picture.channels = MapChannels(spec).Count();
-    picture.format = file->format_name();
-    picture.metadata = spec.extra_attribs;
+    if (options.atLeast) picture.image = AtLeast(picture.image, *options.atLeast);
+    if (options.premultiply && picture.straight) {
+        MultiplyByAlpha(*picture.image);
+        picture.multiplied = true;
+    }
     return picture;
+}
+
+/// Runs what uses a decoder; whatever it throws fails the frame.
+template <class Work>
+auto Guarded(const std::string& path, const Work& work) {
+    try {
+        const Decoding decoding(path);
+        return work();
+    } catch (const FrameError&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw FrameError(path + ": there is not enough memory for this picture");
+    } catch (const std::exception& error) {
+        throw FrameError(path + ": cannot be decoded: " + error.what());
+    }
 }
 
 } // namespace
@@ -189,16 +180,22 @@ std::shared_ptr<Image> Share(Image* image) {
     return {image, [](Image* held) { held->Recycle(); }};
 }
 
-Picture ReadPicture(const std::string& path) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) throw FrameError(path + ": there is no such file");
-    if (std::filesystem::is_directory(path, ignored)) throw FrameError(path + ": is a folder");
-    try {
-        const Hush hush;
-        return Decode(path);
-    } catch (const std::bad_alloc&) {
-        throw FrameError(path + ": there is not enough memory for this picture");
-    }
+Picture ReadPicture(const std::string& path, const ReadOptions& options, int number) {
+    return Guarded(path, [&] { return Decode(path, options, number); });
+}
+
+int CountFrames(const std::string& path, const ReadLimits& limits) {
+    return Guarded(path, [&] {
+        const CheckedInput file(path, limits);
+        if (file.Pictures() == 1 || HasParts(file.Format())) return 1;
+        const ImageSpec first = file.Spec(0);
+        if (first.get_int_attribute("oiio:Movie")) return file.Pictures();
+        for (int picture = 1; picture < file.Pictures(); ++picture) {
+            const ImageSpec spec = file.Spec(picture);
+            if (spec.width != first.width || spec.height != first.height) return 1; // a thumbnail, say
+        }
+        return file.Pictures();
+    });
 }
 
 } // namespace media

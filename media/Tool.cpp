@@ -32,13 +32,15 @@ host::Input& Tool::FindImageInput(const std::string& name) const {
     throw UsageError(operator_->Name + " has no image input '" + name + "'" + DidYouMean(name, names));
 }
 
-void Tool::LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect) {
+void Tool::LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect,
+                   const ReadOptions& options) {
     const std::optional<Aspect> pixel = aspect.empty() ? std::nullopt : std::optional(ParseAspect(aspect));
-    for (const std::string& link : links) Link(link, missing, pixel);
+    for (const std::string& link : links) Link(link, missing, pixel, options);
     CheckLinks();
 }
 
-void Tool::Link(const std::string& link, Missing missing, std::optional<Aspect> aspect) {
+void Tool::Link(const std::string& link, Missing missing, std::optional<Aspect> aspect,
+                const ReadOptions& options) {
     // An equals sign may also belong to the name of a file or its folder.
     std::error_code ignored;
     const std::size_t equals = std::filesystem::exists(link, ignored) ? std::string::npos : link.find('=');
@@ -48,7 +50,7 @@ void Tool::Link(const std::string& link, Missing missing, std::optional<Aspect> 
     if (file.empty()) throw UsageError("'" + link + "' names no file");
     if (clips_.count(input))
         throw UsageError("'" + link + "': the input " + input->Id() + " has a file already");
-    clips_[input] = std::make_unique<Clip>(file, missing, aspect);
+    clips_[input] = std::make_unique<Clip>(file, missing, aspect, options);
     input->Connect(clips_[input].get());
 }
 

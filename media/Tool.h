@@ -23,7 +23,8 @@ public:
 
     /// Links each `[INPUT=]FILE`; without INPUT, the main input. `aspect` is X:Y, or empty for the files'
     /// own. Throws UsageError, also where an input that the tool cannot do without has no clip.
-    void LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect);
+    void LinkAll(const std::vector<std::string>& links, Missing missing, const std::string& aspect,
+                 const ReadOptions& options = {});
 
     /// The clip at the main input; LinkAll has made sure of it.
     Clip& MainClip() const { return *clips_.at(MainInput()); }
@@ -36,7 +37,8 @@ public:
     std::shared_ptr<host::Image> Render(int frame);
 
 private:
-    void Link(const std::string& link, Missing missing, std::optional<Aspect> aspect);
+    void Link(const std::string& link, Missing missing, std::optional<Aspect> aspect,
+              const ReadOptions& options);
     void CheckLinks() const;
     host::Input* MainInput() const;
     host::Input& FindImageInput(const std::string& name) const;

@@ -1,33 +1,28 @@
 #include "media/WholeFile.h"
 
 #include "media/Errors.h"
+#include "media/TemporaryFiles.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
-#include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace media {
+namespace {
 
-WholeFile::WholeFile(std::string path) : path_(std::move(path)) {
-    const std::size_t name = path_.find_last_of('/') + 1;
-    temporary_ =
-        path_.substr(0, name) + "." + path_.substr(name) + "." + std::to_string(::getpid()) + ".part";
-}
-
-WholeFile::~WholeFile() {
-    ::unlink(temporary_.c_str()); // nothing is there any more after Finish
-}
-
-void WholeFile::Fail(int error) const {
+[[noreturn]] void Fail(int error) {
     throw FrameError("cannot be written: " + std::generic_category().message(error));
 }
 
-void WholeFile::Write(const std::vector<unsigned char>& bytes) {
-    const int file = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+void WriteTo(const std::string& path, const std::vector<unsigned char>& bytes) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     if (file < 0) Fail(errno);
     int error = 0;
     for (std::size_t done = 0; done < bytes.size() && !error;) {
@@ -41,9 +36,63 @@ void WholeFile::Write(const std::vector<unsigned char>& bytes) {
     if (error) Fail(error);
 }
 
+/// Where a path leads when all links are followed, also one whose target is not there yet.
+std::string FollowLinks(const std::string& path) {
+    std::error_code error;
+    std::filesystem::path place = path;
+    constexpr int kMostLinks = 40;
+    for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(place, error); ++i) {
+        const std::filesystem::path target = std::filesystem::read_symlink(place, error);
+        if (error) break;
+        place = target.is_absolute() ? target : place.parent_path() / target;
+    }
+    return place.string();
+}
+
+} // namespace
+
+WholeFile::WholeFile(const std::string& path) : place_(FollowLinks(path)) {
+    struct stat status = {};
+    if (::stat(place_.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) Fail(EISDIR);
+        stream_ = !S_ISREG(status.st_mode);
+    }
+    std::error_code ignored;
+    const std::filesystem::path name = std::filesystem::path(place_).filename();
+    temporary_ =
+        MakeTemporaryFile(stream_ ? (std::filesystem::temp_directory_path(ignored) / name).string() : place_);
+    if (temporary_.empty()) Fail(errno);
+}
+
+WholeFile::~WholeFile() {
+    ::unlink(temporary_.c_str()); // nothing is there any more after Finish
+    ForgetTemporaryFile(temporary_);
+}
+
+/// Those of the file that is replaced; for a new one what the user's mask leaves.
+void WholeFile::TakeModeAndOwner() const {
+    struct stat old = {};
+    if (::stat(place_.c_str(), &old) == 0) {
+        // Only root may give files away: without that right the new file is the user's.
+        [[maybe_unused]] const int ignored = ::chown(temporary_.c_str(), old.st_uid, old.st_gid);
+        ::chmod(temporary_.c_str(), old.st_mode & 07777);
+        return;
+    }
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::chmod(temporary_.c_str(), 0666 & ~mask);
+}
+
 void WholeFile::Finish(const std::vector<unsigned char>& bytes) {
-    if (!bytes.empty()) Write(bytes);
-    if (std::rename(temporary_.c_str(), path_.c_str()) != 0) Fail(errno);
+    if (stream_) {
+        if (!bytes.empty()) return WriteTo(place_, bytes);
+        std::ifstream file(temporary_, std::ios::binary);
+        return WriteTo(place_, {std::istreambuf_iterator<char>(file), {}});
+    }
+    if (!bytes.empty()) WriteTo(temporary_, bytes);
+    TakeModeAndOwner();
+    if (std::rename(temporary_.c_str(), place_.c_str()) != 0) Fail(errno);
+    ForgetTemporaryFile(temporary_);
 }
 
 } // namespace media

@@ -5,11 +5,13 @@
 
 namespace media {
 
-/// A file in the making: it lies beside its later place under a name of its own, and is gone with this object
-/// unless Finish was reached.
+/// A file in the making: it lies beside its later place under a hidden name of its own, and is gone with this
+/// object unless Finish was reached. A symbolic link is followed, and mode and owner of a file that is
+/// replaced stay. Devices and pipes are written to and never replaced.
 class WholeFile {
 public:
-    explicit WholeFile(std::string path);
+    /// Throws FrameError.
+    explicit WholeFile(const std::string& path);
     ~WholeFile();
     WholeFile(const WholeFile&) = delete;
     WholeFile& operator=(const WholeFile&) = delete;
@@ -20,11 +22,11 @@ public:
     void Finish(const std::vector<unsigned char>& bytes);
 
 private:
-    void Write(const std::vector<unsigned char>& bytes);
-    [[noreturn]] void Fail(int error) const;
+    void TakeModeAndOwner() const;
 
-    std::string path_;
+    std::string place_; ///< where the file goes, links followed
     std::string temporary_;
+    bool stream_ = false; ///< the place is a device or a pipe
 };
 
 } // namespace media

@@ -1,15 +1,16 @@
+#include "media/Decoding.h"
+#include "media/Encoder.h"
 #include "media/Errors.h"
+#include "media/FormatRules.h"
+#include "media/PictureDepth.h"
 #include "media/PictureFile.h"
 #include "media/PixelType.h"
 #include "media/WholeFile.h"
 #include "media/Words.h"
-
-#include <OpenImageIO/filesystem.h>
-#include <OpenImageIO/imageio.h>
+#include "media/WriteParts.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <new>
 #include <vector>
 
@@ -23,46 +24,13 @@ using OIIO::ImageSpec;
 /// How a file stores its pixels.
 struct Layout {
     int channels;
-    Depth depth;
+    StoredDepth depth;
     bool operator==(const Layout&) const = default;
 };
 
 std::string Describe(const Layout& layout) {
-    constexpr const char* depths[] = {"8-bit", "16-bit", "half float", "32-bit float"};
     constexpr const char* channels[] = {"grey", "grey with alpha", "RGB", "RGBA"};
-    return std::string(depths[static_cast<int>(layout.depth)]) + " " + channels[layout.channels - 1];
-}
-
-/// The same picture in another depth, through the host's own 16-bit units.
-std::shared_ptr<Image> Convert(const Image& image, Depth depth) {
-    std::shared_ptr<Image> converted = Share(Image::Make(image.Width, image.Height, depth));
-    if (!converted) throw std::bad_alloc();
-    host::Pixel pixel;
-    for (int y = 0; y < image.Height; ++y) {
-        const std::byte* from[2] = {image.PlaneAccess[0].Row(y), image.PlaneAccess[1].Row(y)};
-        std::byte* to = converted->PlaneAccess[0].Row(y);
-        for (int x = 0; x < image.Width; ++x, to += converted->PlaneAccess[0].Step) {
-            image.Read(&pixel, from[0], from[1]);
-            converted->Write(&pixel, to, nullptr);
-            from[0] += image.PlaneAccess[0].Step;
-            if (from[1]) from[1] += image.PlaneAccess[1].Step;
-        }
-    }
-    return converted;
-}
-
-/// Turns red into the brightness of the colour, which is the grey itself where all three are equal.
-void TurnGrey(Image& image) {
-    host::Pixel pixel;
-    for (int y = 0; y < image.Height; ++y) {
-        std::byte* at = image.PlaneAccess[0].Row(y);
-        for (int x = 0; x < image.Width; ++x, at += image.PlaneAccess[0].Step) {
-            image.Read(&pixel, at, nullptr);
-            if (pixel.Red == pixel.Green && pixel.Red == pixel.Blue) continue;
-            pixel.Red = (2126 * pixel.Red + 7152 * pixel.Green + 722 * pixel.Blue + 5000) / 10000; // Rec. 709
-            image.Write(&pixel, at, nullptr);
-        }
-    }
+    return media::Describe(layout.depth) + " " + channels[layout.channels - 1];
 }
 
 /// The pixels in the file's channels, top row first.
@@ -92,126 +60,157 @@ std::vector<Layout> NearestLayouts(const Layout& wanted) {
         {Depth::Int16, Depth::Float, Depth::Half, Depth::Int8},
         {Depth::Half, Depth::Float, Depth::Int16, Depth::Int8},
         {Depth::Float, Depth::Int16, Depth::Half, Depth::Int8}};
-    std::vector<Layout> layouts;
+    std::vector<Layout> layouts = {wanted};
     for (int c : channels[static_cast<std::size_t>(wanted.channels - 1)])
-        for (Depth depth : depths[static_cast<std::size_t>(wanted.depth)]) layouts.push_back({c, depth});
+        for (Depth depth : depths[static_cast<std::size_t>(wanted.depth.depth)])
+            if (const Layout layout{c, {depth, 0}}; layout != wanted) layouts.push_back(layout);
     return layouts;
 }
 
-void MarkAlpha(ImageSpec& spec) {
+/// A picture of a layout and no more.
+ImageSpec BareSpec(int width, int height, const Layout& layout) {
+    ImageSpec spec(width, height, layout.channels, PixelType(layout.depth.depth));
     spec.alpha_channel = spec.nchannels % 2 ? -1 : spec.nchannels - 1;
     if (spec.nchannels == 1) spec.channelnames = {"Y"};
     if (spec.nchannels == 2) spec.channelnames = {"Y", "A"};
-}
-
-/// What the file says of itself; leaves out what was true of the old pixels only.
-ImageSpec SpecFor(const Image& image, const Layout& layout, const Picture& like, const std::string& format) {
-    ImageSpec spec(image.Width, image.Height, layout.channels, PixelType(layout.depth));
-    MarkAlpha(spec);
-    spec.extra_attribs = like.metadata;
-    spec.erase_attribute("oiio:(SHA-1|ConstantColor|AverageColor|subimages|subimagename)");
-    spec.erase_attribute("compression|thumbnail_.*|textureformat|wrapmodes|fovcot");
-    if (like.format != format) spec.erase_attribute("oiio:BitsPerSample");
-    if (const double aspect = image.AspectX / image.AspectY;
-        aspect != 1.0 || spec.find_attribute("PixelAspectRatio"))
-        spec.attribute("PixelAspectRatio", static_cast<float>(aspect));
-    if (format != "openexr") spec.attribute(kUnassociatedAlpha, 1); // OpenEXR stores what it is given
+    if (layout.depth.bits > 0) spec.attribute("oiio:BitsPerSample", layout.depth.bits);
     return spec;
 }
 
-/// The picture in the layout's depth and, for grey files, in grey; the image itself where that is what it is.
-std::shared_ptr<const Image> Prepare(const Image& image, const Layout& layout) {
-    const bool asIs = image.PixelDepth == layout.depth && image.PixelPlanes == host::Planes::One;
-    if (asIs && layout.channels >= 3) return {&image, [](const Image*) {}};
-    std::shared_ptr<Image> picture = Convert(image, layout.depth);
+/// What the file says of itself; leaves out what was true of the old pixels only.
+ImageSpec SpecFor(const Image& image, const Layout& layout, const Picture& like, const std::string& format,
+                  const WriteOptions& options) {
+    ImageSpec spec = BareSpec(image.Width, image.Height, layout);
+    const OIIO::ParamValueList own = spec.extra_attribs;
+    spec.extra_attribs = like.stored.extra_attribs;
+    spec.erase_attribute(
+        "oiio:(SHA-1|ConstantColor|AverageColor|subimages|subimagename|BitsPerSample|Movie)");
+    spec.erase_attribute("thumbnail_.*|textureformat|wrapmodes|fovcot|CompressionQuality");
+    if (like.format != format) spec.erase_attribute("compression");
+    for (const OIIO::ParamValue& attribute : own) spec.extra_attribs.push_back(attribute);
+    if (const double aspect = image.AspectX / image.AspectY;
+        aspect != 1.0 || spec.find_attribute("PixelAspectRatio"))
+        spec.attribute("PixelAspectRatio", static_cast<float>(aspect));
+    spec.erase_attribute(kUnassociatedAlpha);
+    // Encoders that could multiply colours by alpha are told not to. In a TIFF file the word is true.
+    if (format != "openexr" && (format != "tiff" || WritesStraightAlpha(format, like)))
+        spec.attribute(kUnassociatedAlpha, 1);
+    if (format == "dpx") spec.erase_attribute("Orientation"); // it would turn sides that are not turned
+    SetCompression(spec, format, options, like);
+    return spec;
+}
+
+/// The picture in the file's depth, its colours multiplied by alpha or not as the file has it, and for grey
+/// files in grey; the image itself where that is what it is.
+std::shared_ptr<const Image> Prepare(const Image& image, const Layout& layout, const Picture& like,
+                                     const std::string& format) {
+    const bool straight = like.straight && !like.multiplied;
+    const bool alpha = like.colours.HasAlpha() && layout.channels % 2 == 0;
+    const bool turn = alpha && straight != WritesStraightAlpha(format, like);
+    const bool asIs = image.PixelDepth == layout.depth.depth && image.PixelPlanes == host::Planes::One;
+    if (asIs && layout.channels >= 3 && !turn) return {&image, [](const Image*) {}};
+    if (!turn && layout.channels >= 3) return Convert(image, layout.depth.depth);
+
+    std::shared_ptr<Image> picture = Convert(image, Depth::Float);
+    if (turn) (straight ? MultiplyByAlpha : DivideByAlpha)(*picture);
     if (layout.channels < 3) TurnGrey(*picture);
-    return picture;
+    return Convert(*picture, layout.depth.depth);
 }
 
-/// Whether a format's encoder writes what can be read when it works in memory. That of TIFF does not:
-/// directories of metadata come behind the pixels, and the first one, which it goes back to, is lost.
-bool WorksInMemory(const OIIO::ImageOutput& output) {
-    return output.supports("ioproxy") && std::strcmp(output.format_name(), "tiff") != 0;
-}
-
-/// A file format's own encoder. It works in memory where it can, so that the disk sees one plain write whose
-/// failure shows; other formats write the file at `path` themselves.
-class Encoder {
-public:
-    /// Throws FrameError where no format goes by the name's ending.
-    explicit Encoder(const std::string& name) : memory_(bytes_), output_(OIIO::ImageOutput::create(name)) {
-        if (!output_) throw FrameError(OneLine(OIIO::geterror()));
-    }
-
-    std::string Format() const { return output_->format_name(); }
-    const std::vector<unsigned char>& Bytes() const { return bytes_; }
-
-    /// Throws FrameError.
-    void Encode(const std::string& path, const ImageSpec& spec, const std::vector<std::byte>& pixels) {
-        if (!Open(path, spec) || !output_->write_image(spec.format, pixels.data()) || !output_->close())
-            throw FrameError(OneLine(output_->geterror()));
-        if (bytes_.empty()) ReadPicture(path); // such encoders do not tell when the disk was full
-    }
-
-    /// Whether the format stores the layout as it stands, found out with a picture of a few pixels. It has to
-    /// be written to the end: some encoders do not survive being left half-way.
-    bool Holds(const std::string& path, const Layout& layout) {
-        constexpr int kSide = 8;
-        ImageSpec spec(kSide, kSide, layout.channels, PixelType(layout.depth));
-        MarkAlpha(spec);
-        if (spec.alpha_channel >= 0 && !output_->supports("alpha")) return false;
-        if (!Open(path, spec)) return false;
-        const ImageSpec& stored = output_->spec();
-        const bool holds = stored.nchannels == spec.nchannels && stored.format == spec.format;
-        const std::vector<std::byte> black(spec.image_bytes());
-        return output_->write_image(spec.format, black.data()) && output_->close() && holds;
-    }
-
-private:
-    bool Open(const std::string& path, const ImageSpec& spec) {
-        if (WorksInMemory(*output_)) output_->set_ioproxy(&memory_);
-        if (output_->open(path, spec)) return true;
-        output_->set_ioproxy(nullptr); // or some encoders close what they have not opened
-        return false;
-    }
-
-    std::vector<unsigned char> bytes_;
-    OIIO::Filesystem::IOVecOutput memory_;
-    std::unique_ptr<OIIO::ImageOutput> output_; ///< may write to its memory until it is gone
-};
-
-void WriteNearest(WholeFile& file, const std::string& name, const Image& image, const Picture& like,
-                  const std::function<void(const std::string&)>& warn) {
-    const Layout wanted{like.channels, like.image ? like.image->PixelDepth : image.PixelDepth};
+/// The layout that is wanted, or the nearest that the format holds.
+Layout ChooseLayout(const std::string& name, const std::string& path, const Image& image,
+                    const Layout& wanted) {
     for (const Layout& layout : NearestLayouts(wanted)) {
-        if (!Encoder(name).Holds(file.TemporaryPath(), layout)) continue;
-        Encoder encoder(name);
-        const std::shared_ptr<const Image> picture = Prepare(image, layout);
-        encoder.Encode(file.TemporaryPath(), SpecFor(image, layout, like, encoder.Format()),
-                       Gather(*picture, layout.channels));
-        if (layout != wanted)
-            warn(encoder.Format() + " files hold no " + Describe(wanted) + " pictures; writing " +
-                 Describe(layout));
-        file.Finish(encoder.Bytes());
-        return;
+        constexpr int kSide = 8;
+        Encoder trial(name);
+        if (!Breaks(trial.Format(), BareSpec(image.Width, image.Height, layout)) &&
+            trial.Holds(path, BareSpec(kSide, kSide, layout)))
+            return layout;
     }
     OIIO::geterror(); // what the encoders said of layouts that they do not hold
     throw FrameError("this format holds no such picture");
 }
 
+/// What the source's file holds beyond a plain picture and `format` does not.
+std::string Losses(const Picture& like, const std::string& format) {
+    if (!HasParts(like.format) || HasParts(format)) return "";
+    const ImageSpec& spec = like.stored;
+    std::string losses, channels;
+    const auto lose = [&](const std::string& what) {
+        if (!losses.empty()) losses += ", ";
+        losses += what;
+    };
+    for (int c = 0; c < spec.nchannels; ++c)
+        if (!like.colours.Uses(c)) channels += " " + spec.channelnames[static_cast<std::size_t>(c)];
+    if (!channels.empty()) lose("the channels" + channels);
+    if (spec.get_int_attribute("oiio:subimages") > 1) lose("the other parts");
+    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
+        spec.y + spec.height > spec.full_y + spec.full_height)
+        lose("the pixels beyond the frame");
+    if (spec.full_x || spec.full_y) lose("the place of the frame");
+    return losses;
+}
+
+/// A colour profile that the encoder takes offence at is left out.
+void EncodeWithProfile(const std::string& name, Encoder& encoder, const std::string& path, ImageSpec spec,
+                       const std::vector<std::byte>& pixels,
+                       const std::function<void(const std::string&)>& warn) {
+    const Decoding quiet(name); // encoders write on standard error what they also report
+    try {
+        return encoder.Encode(path, spec, pixels.data());
+    } catch (const FrameError&) {
+        if (!spec.find_attribute("ICCProfile")) throw;
+    }
+    spec.erase_attribute("ICCProfile");
+    encoder.Restart();
+    encoder.Encode(path, spec, pixels.data());
+    warn(encoder.Format() + " files cannot hold the colour profile of the source; writing without it");
+}
+
+void WriteNearest(WholeFile& file, const std::string& name, const Image& image, const Picture& like,
+                  const WriteOptions& options, const std::function<void(const std::string&)>& warn) {
+    Encoder encoder(name);
+    const Layout wanted{like.channels,
+                        options.depth.value_or(like.image ? like.depth : StoredDepth{image.PixelDepth})};
+    const std::string losses = Losses(like, encoder.Format());
+    if (HasParts(encoder.Format()) && HasParts(like.format) && !like.path.empty()) {
+        WriteParts(encoder, file.TemporaryPath(), image, like, options);
+    } else {
+        const Layout layout = ChooseLayout(name, file.TemporaryPath(), image, wanted);
+        const std::shared_ptr<const Image> picture = Prepare(image, layout, like, encoder.Format());
+        const ImageSpec spec = SpecFor(image, layout, like, encoder.Format(), options);
+        EncodeWithProfile(name, encoder, file.TemporaryPath(), spec, Gather(*picture, layout.channels), warn);
+        if (layout != wanted || !losses.empty())
+            warn(encoder.Format() + " files hold no " +
+                 (layout == wanted ? losses
+                                   : Describe(wanted) + " pictures; writing " + Describe(layout) +
+                                         (losses.empty() ? "" : ", without " + losses)));
+    }
+    if (encoder.Bytes().empty())
+        ReadPicture(file.TemporaryPath()); // such encoders do not tell when the disk was full
+    file.Finish(encoder.Bytes());
+}
+
 } // namespace
 
-void CheckCanWrite(const std::string& path) {
-    if (OIIO::ImageOutput::create(path)) return;
-    OIIO::geterror(); // takes the message off the list; it says no more
-    throw UsageError("'" + path + "': no picture format goes by this ending");
+void CheckCanWrite(const std::string& path, const WriteOptions& options) {
+    const auto output = OIIO::ImageOutput::create(path);
+    if (!output) {
+        OIIO::geterror(); // takes the message off the list; it says no more
+        throw UsageError("'" + path + "': no picture format goes by this ending");
+    }
+    try {
+        CheckOptions(output->format_name(), options);
+    } catch (const UsageError& error) {
+        throw UsageError("'" + path + "': " + error.what());
+    }
 }
 
 void WritePicture(const std::string& path, const Image& image, const Picture& like,
-                  const std::function<void(const std::string&)>& warn) {
+                  const std::function<void(const std::string&)>& warn, const WriteOptions& options) {
     try {
         WholeFile file(path);
-        WriteNearest(file, path, image, like, warn);
+        WriteNearest(file, path, image, like, options, warn);
     } catch (const FrameError& error) {
         throw FrameError(path + ": " + error.what());
     }

@@ -182,8 +182,10 @@ TEST_F(PictureFile, TheNearestLayoutIsTakenWithAWarning) {
         EXPECT_EQ(out.spec.nchannels, c.channels) << c.name;
         EXPECT_EQ(out.spec.format, c.type) << c.name;
     }
-    // The words come back divided by 65535 and rounded to nearest.
-    EXPECT_EQ(GetFile(folder / "out.exr").values[4], static_cast<float>(12345 / 65535.0));
+    // The words come back divided by 65535 and rounded to nearest; OpenEXR holds colours multiplied by alpha.
+    EXPECT_EQ(GetFile(folder / "out.exr").values[7], static_cast<float>(300 / 65535.0));
+    EXPECT_FLOAT_EQ(GetFile(folder / "out.exr").values[4],
+                    static_cast<float>(12345 / 65535.0 * 300 / 65535.0));
     EXPECT_EQ(GetFile(folder / "out.tga").values[8], 0.0f);
     EXPECT_EQ(GetFile(folder / "out.tga").values[11], 1.0f);
     EXPECT_EQ(GetFile(folder / "out.tga").values[0], 1.0f);

@@ -1,0 +1,46 @@
+#include "app/PictureOptions.h"
+
+#include "media/Errors.h"
+#include "media/FormatRules.h"
+#include "media/Words.h"
+
+namespace app {
+
+using namespace media;
+
+void PictureOptions::AddTo(CLI::App& line, bool writing) {
+    constexpr const char* group = "Picture files";
+    const auto add = [&](CLI::Option* option) { option->group(group); };
+    add(line.add_option("--layer", layer_, "NAME: the layer of an OpenEXR file that is worked on"));
+    add(line.add_flag("--premultiply", premultiply_,
+                      "Multiply straight colours by alpha before the tool, and divide them after it"));
+    add(line.add_option("--max-pixels", maxPixels_, "Largest picture that is read")
+            ->check(CLI::PositiveNumber)
+            ->capture_default_str());
+    add(line.add_option("--formats", formats_, "Read these formats only, divided by commas: png,openexr"));
+    if (!writing) return;
+    add(line.add_option("--depth", depth_, "8, 10, 12, 16, half or float: depth of the files to write"));
+    add(line.add_option("--compression", compression_, "NAME[:LEVEL], as the format knows it"));
+    add(line.add_option("--quality", quality_, "1 to 100, of formats that lose something")
+            ->check(CLI::Range(1, 100)));
+}
+
+ReadOptions PictureOptions::Reading() const {
+    ReadOptions options;
+    options.layer = layer_;
+    options.premultiply = premultiply_;
+    options.limits.maxPixels = maxPixels_;
+    if (!formats_.empty()) options.limits.formats = Split(formats_, ',');
+    if (!depth_.empty()) options.atLeast = ParseDepth(depth_).depth;
+    return options;
+}
+
+WriteOptions PictureOptions::Writing() const {
+    WriteOptions options;
+    if (!depth_.empty()) options.depth = ParseDepth(depth_);
+    options.compression = compression_;
+    options.quality = quality_;
+    return options;
+}
+
+} // namespace app

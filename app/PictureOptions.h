@@ -1,0 +1,29 @@
+#pragma once
+
+#include "media/PictureFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+
+namespace app {
+
+/// The options of a command that say how picture files are read and written.
+class PictureOptions {
+public:
+    /// Adds them to a command; those of writing only where it writes what it has read.
+    void AddTo(CLI::App& line, bool writing);
+
+    // What was asked for. Throw UsageError.
+    media::ReadOptions Reading() const;
+    media::WriteOptions Writing() const;
+
+private:
+    std::string layer_, formats_, depth_, compression_;
+    long long maxPixels_ = media::ReadLimits().maxPixels;
+    std::optional<int> quality_;
+    bool premultiply_ = false;
+};
+
+} // namespace app

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/imageio.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace media {
+
+/// A file format's own encoder. It works in memory where it can, so that the disk sees one plain write whose
+/// failure shows; other formats write the file at a path themselves. Operations throw FrameError.
+class Encoder {
+public:
+    /// Throws FrameError where no format goes by the name's ending.
+    explicit Encoder(const std::string& name);
+
+    std::string Format() const { return output_->format_name(); }
+    /// What was encoded in memory; empty where the file lies at the path.
+    const std::vector<unsigned char>& Bytes() const { return bytes_; }
+
+    /// Drops what was begun.
+    void Restart();
+
+    /// One picture, in the type of its spec.
+    void Encode(const std::string& path, const OIIO::ImageSpec& spec, const void* pixels);
+
+    // Several pictures: Begin with the specs of all, then Next and one of the writers for each.
+    void Begin(const std::string& path, const std::vector<OIIO::ImageSpec>& specs);
+    void Next(const OIIO::ImageSpec& spec); ///< not for the first
+    void Write(OIIO::TypeDesc type, const void* pixels);
+    void WriteDeep(const OIIO::DeepData& pixels);
+    void Finish();
+
+    /// Whether the format stores pictures of a spec as they are, found out with one of a few pixels. It has
+    /// to be written to the end: some encoders do not survive being left half-way. The encoder is of no use
+    /// afterwards.
+    bool Holds(const std::string& path, OIIO::ImageSpec spec);
+
+private:
+    bool Open(const std::string& path, const OIIO::ImageSpec& spec);
+    void Prepare();
+    [[noreturn]] void Fail() const;
+
+    const std::string name_;
+    std::string path_;
+    std::vector<unsigned char> bytes_;
+    std::optional<OIIO::Filesystem::IOVecOutput> memory_;
+    std::unique_ptr<OIIO::ImageOutput> output_; ///< may write to its memory until it is gone
+};
+
+} // namespace media
