@@ -15,7 +15,7 @@ FusionApp::FusionApp()
 FusionApp::~FusionApp() = default;
 
 void FusionApp::RunOnThreads(long count, const std::function<void(long)>& task) {
-    pool_->Run(count, task);
+    if (!runner_ || !runner_(count, task)) pool_->Run(count, task);
 }
 
 void FusionApp::SetMessageListener(MessageListener listener) {

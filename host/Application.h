@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace host {
 
@@ -25,9 +26,16 @@ public:
     /// at the start. It does not change how many threads there are.
     std::atomic<int> ProcessorCount;
 
-    /// Runs task(0) to task(count - 1) on the pool's threads and this one; returns when all have returned.
+    /// Runs task(0) to task(count - 1) on the pool's threads and this one, or as the runner that was set does
+    /// it; returns when all have returned.
     /// Calls from several threads at once share the pool.
     void RunOnThreads(long count, const std::function<void(long)>& task);
+
+    /// Threads of the program around this host. The runner says false where it ran nothing; the pool does it
+    /// then. Set before anything runs.
+    using Task = std::function<void(long)>;
+    using TaskRunner = std::function<bool(long count, const Task& task)>;
+    void SetTaskRunner(TaskRunner runner) { runner_ = std::move(runner); }
 
     /// Who hears what operators report; nobody at the start. The listener may be called from any thread.
     using MessageListener = std::function<void(const Operator& op, const std::string& text)>;
@@ -36,6 +44,7 @@ public:
 
 private:
     std::unique_ptr<ThreadPool> pool_;
+    TaskRunner runner_;
     std::mutex mutex_;
     MessageListener listener_;
 };

@@ -3,8 +3,6 @@
 #include "host/Document.h"
 #include "host/Operator.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace host {
@@ -20,31 +18,32 @@ Input::Type TypeOf(const TagList& tags) {
     return Input::Type::Number;
 }
 
-} // namespace
-
-Curve::Value Curve::At(double time) const {
-    if (Keys.empty()) return Constant;
-    const auto after = Keys.lower_bound(time);
-    if (after == Keys.end()) return Keys.rbegin()->second;
-    if (after == Keys.begin() || after->first == time) return after->second;
-    const auto before = std::prev(after);
-    const double part = (time - before->first) / (after->first - before->first);
-    const Value a = before->second;
-    const Value b = after->second;
-    return {a.x + (b.x - a.x) * part, a.y + (b.y - a.y) * part};
+CurveStore::Kind KindOf(Input::Type type) {
+    if (type == Input::Type::Point) return CurveStore::Kind::Point;
+    return type == Input::Type::Text ? CurveStore::Kind::Text : CurveStore::Kind::Number;
 }
+
+} // namespace
 
 Input::Input(Operator* owner, const FuID& name, const FuID& id, const TagList& tags)
     : owner_(owner)
     , name_(name.Text())
     , id_(id.Text())
     , type_(TypeOf(tags)) {
-    SetAttrs(tags);
-    text_ = GetAttrS(kTagDefaultText);
-    if (type_ == Type::Point)
-        curve_.Constant = {GetAttrD(kTagDefaultX), GetAttrD(kTagDefaultY)};
-    else
-        curve_.Constant = {GetAttrD(kTagDefault), 0.0};
+    Object::SetAttrs(tags);
+    Curve::Value constant = {GetAttrD(kTagDefault), 0.0};
+    if (type_ == Type::Point) constant = {GetAttrD(kTagDefaultX), GetAttrD(kTagDefaultY)};
+    memory_ = std::make_unique<CurveStore>(KindOf(type_), constant, GetAttrS(kTagDefaultText));
+}
+
+void Input::KeepValueIn(std::unique_ptr<ValueStore> store) {
+    elsewhere_ = std::move(store);
+}
+
+void Input::SetAttrs(const TagList& tags) {
+    Object::SetAttrs(tags);
+    if (tags.Find(kTagShown) || tags.Find(kTagDisabled))
+        Store().Show(GetAttrI(kTagShown, 1) != 0, GetAttrI(kTagDisabled) == 0);
 }
 
 Input::~Input() {
@@ -57,16 +56,11 @@ double Input::TimeOf(double time) const {
 
 Parameter* Input::GetSource(double time) {
     const double at = TimeOf(time);
+    if (type_ != Type::Image) return Store().ValueAt(at);
     std::unique_lock lock(mutex_);
-    if (type_ == Type::Image) {
-        ImageProvider* provider = provider_;
-        lock.unlock();
-        return provider ? provider->ImageAt(at) : nullptr;
-    }
-    if (type_ == Type::Text) return new Text(text_);
-    const Curve::Value value = curve_.At(at);
-    if (type_ == Type::Point) return new Point(value.x, value.y, 0.0);
-    return new Number(value.x);
+    ImageProvider* provider = provider_;
+    lock.unlock();
+    return provider ? provider->ImageAt(at) : nullptr;
 }
 
 double Input::Held(double value) const {
@@ -76,28 +70,18 @@ double Input::Held(double value) const {
 }
 
 void Input::SetSource(Parameter* value, double time, int, TagList* tags) {
-    Curve::Value xy;
     if (const auto* number = dynamic_cast<const Number*>(value); number && type_ == Type::Number)
-        xy = {Held(number->Value), 0.0};
-    else if (const auto* point = dynamic_cast<const Point*>(value); point && type_ == Type::Point)
-        xy = {point->X, point->Y};
-    else if (!dynamic_cast<const Text*>(value) || type_ != Type::Text)
+        Store().Write(*AutoNumber(Held(number->Value)).get(), time);
+    else if ((dynamic_cast<const Point*>(value) && type_ == Type::Point) ||
+             (dynamic_cast<const Text*>(value) && type_ == Type::Text))
+        Store().Write(*value, time);
+    else
         return;
-    {
-        const std::lock_guard lock(mutex_);
-        if (type_ == Type::Text)
-            text_ = static_cast<const Text*>(value)->Value;
-        else if (curve_.Animated() && time != kTimeNow)
-            curve_.Keys[time] = xy;
-        else
-            curve_.Constant = xy;
-    }
     if (owner_) owner_->NotifyChanged(this, value, time, tags);
 }
 
 Curve Input::GetCurve() const {
-    const std::lock_guard lock(mutex_);
-    return curve_;
+    return memory_->GetCurve();
 }
 
 void Input::SetCurve(Curve curve) {
@@ -105,19 +89,14 @@ void Input::SetCurve(Curve curve) {
         curve.Constant.x = Held(curve.Constant.x);
         for (auto& [time, value] : curve.Keys) value.x = Held(value.x);
     }
-    double time = kTimeNow;
-    {
-        const std::lock_guard lock(mutex_);
-        curve_ = std::move(curve);
-        if (curve_.Animated()) time = curve_.Keys.begin()->first;
-    }
+    const double time = curve.Animated() ? curve.Keys.begin()->first : kTimeNow;
+    memory_->SetCurve(std::move(curve));
     const Ref<Parameter> value(GetSource(time));
     if (owner_) owner_->NotifyChanged(this, value.get(), TimeOf(time), nullptr);
 }
 
 std::string Input::GetText() const {
-    const std::lock_guard lock(mutex_);
-    return text_;
+    return memory_->GetText();
 }
 
 void Input::Connect(ImageProvider* provider) {

@@ -2,8 +2,9 @@
 
 #include "host/Image.h"
 #include "host/Parameter.h"
+#include "host/ValueStore.h"
 
-#include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -18,27 +19,6 @@ public:
     /// The picture at a time, with a reference for the caller; null if there is none. Any thread may ask.
     virtual Image* ImageAt(double time) = 0;
 };
-
-/// The value of an input over time: one value, or keys with linear ramps between them that hold at the ends.
-/// A number uses x alone.
-struct K7HOST_API Curve {
-    struct Value {
-        double x = 0.0;
-        double y = 0.0;
-        bool operator==(const Value&) const = default;
-    };
-
-    Value At(double time) const;
-    bool Animated() const { return !Keys.empty(); }
-    bool operator==(const Curve&) const = default;
-
-    Value Constant;
-    std::map<double, Value> Keys; ///< by time
-};
-
-/// The time that stands for "now": a read takes the value at the document's current time; a write sets the
-/// constant value and no key.
-inline constexpr double kTimeNow = -1.0;
 
 /// One setting or image link of an operator. Values may be read and written from any thread.
 class K7HOST_API Input : public Object {
@@ -62,8 +42,14 @@ public:
     /// another type than the input's is ignored.
     virtual void SetSource(Parameter* value, double time, int mode, TagList* tags);
 
-    /// The whole curve of a number or point. Setting it notifies the operator at the time of the first key,
-    /// or at the document's current time.
+    /// From now on the value lives there and no longer in memory. Before the input is used.
+    void KeepValueIn(std::unique_ptr<ValueStore> store);
+
+    /// Attributes as ever; the store hears of the input being shown or enabled.
+    void SetAttrs(const TagList& tags) override;
+
+    /// The whole curve of a number or point in memory. Setting it notifies the operator at the time of the
+    /// first key, or at the document's current time.
     Curve GetCurve() const;
     void SetCurve(Curve curve);
     std::string GetText() const;
@@ -76,6 +62,7 @@ public:
     void EndUndo(bool keep, const TagList* tags) override;
 
 private:
+    ValueStore& Store() const { return elsewhere_ ? *elsewhere_ : *memory_; }
     double Held(double value) const;
     double TimeOf(double time) const;
 
@@ -83,9 +70,9 @@ private:
     const std::string name_;
     const std::string id_;
     const Type type_;
-    mutable std::mutex mutex_;
-    Curve curve_;
-    std::string text_;
+    std::unique_ptr<CurveStore> memory_;
+    std::unique_ptr<ValueStore> elsewhere_; ///< null: in memory
+    mutable std::mutex mutex_;              ///< guards the link
     ImageProvider* provider_ = nullptr;
 };
 

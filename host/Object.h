@@ -83,7 +83,7 @@ public:
     }
 
     /// Takes over the values; where a tag comes more than once in the list all of its values are kept.
-    void SetAttrs(const TagList& tags);
+    virtual void SetAttrs(const TagList& tags);
 
     // The value of an attribute; `missing` where it was never set or has another type.
     std::int64_t GetAttrI(Tag tag, std::int64_t missing = 0) const;
