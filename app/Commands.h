@@ -14,6 +14,8 @@ public:
     virtual ~Command() = default;
     /// Runs when the word was given and its options are filled in. The program's exit code.
     virtual int Run() = 0;
+    /// Whether what it prints is what it was run for: without that it has failed.
+    virtual bool PrintsResult() const { return true; }
     CLI::App* Line() const { return line_; }
 
 protected:
@@ -30,6 +32,12 @@ protected:
             ->allow_extra_args(false)
             ->expected(1)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+
+    void AddSettingsFiles(std::string& load, std::string& save) {
+        line_->add_option("--settings", load, "Take the controls from a file that --save-settings wrote");
+        line_->add_option("--save-settings", save,
+                          "Write all controls with their keys into a file at the end");
     }
 
 private:

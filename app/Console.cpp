@@ -3,6 +3,8 @@
 #include "media/Words.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 #include <stdexcept>
 
@@ -22,13 +24,33 @@ std::string TimeOfDay() {
     return text;
 }
 
+std::string Duration(double seconds) {
+    const auto whole = static_cast<int>(std::min(seconds, 359999.0));
+    char text[32];
+    std::snprintf(text, sizeof text, "%d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60);
+    return text;
+}
+
+} // namespace
+
 /// A farm reads the lines as they come.
-void Say(const std::string& line) {
+void Console::Say(const std::string& line) {
+    Log(line);
+    if (style_ != Style::Lines) return;
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
 }
 
-} // namespace
+void Console::Log(const std::string& line) {
+    if (!log_) return;
+    std::fprintf(log_, "%s %s\n", TimeOfDay().c_str(), line.c_str());
+    std::fflush(log_);
+}
+
+void Console::LogTo(const std::string& path) {
+    log_ = std::fopen(path.c_str(), "we");
+    if (!log_) throw std::runtime_error(path + ": the log cannot be written: " + std::strerror(errno));
+}
 
 Console::Style Console::StyleFor(bool quiet) {
     if (quiet) return Style::Quiet;
@@ -47,21 +69,21 @@ Console::Console(Style style, int total, int first, int last)
 
 Console::~Console() {
     std::fclose(screen_);
+    if (log_) std::fclose(log_);
 }
 
 void Console::Start() {
     const std::lock_guard lock(mutex_);
     start_ = Clock::now();
-    if (style_ == Style::Lines)
-        Say("Render started at " + TimeOfDay() + " (Range: " + std::to_string(first_) + " to " +
-            std::to_string(last_) + ")");
+    Say("Render started at " + TimeOfDay() + " (Range: " + std::to_string(first_) + " to " +
+        std::to_string(last_) + ")");
     DrawBar();
 }
 
 void Console::Done(const std::string& line) {
     const std::lock_guard lock(mutex_);
     ++done_;
-    if (style_ == Style::Lines) Say(line);
+    Say(line);
     DrawBar();
 }
 
@@ -78,13 +100,17 @@ void Console::Skipped(int frame) {
 }
 
 void Console::Failed(int frame, const std::string& why) {
-    Done("Frame " + std::to_string(frame) + " failed: " + why);
+    Done("Frame " + std::to_string(frame) + " failed: " + OneLine(why));
 }
 
-void Console::Finish(int missing) {
+void Console::Finish(int missing, const std::string& where) {
     const std::lock_guard lock(mutex_);
     ClearBar();
-    if (style_ != Style::Lines) return;
+    if (style_ == Style::Bar) {
+        const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
+        std::fprintf(screen_, "k7: %d of %d frames in %s: %s\n", total_ - missing, total_,
+                     Duration(seconds).c_str(), OneLine(where).c_str());
+    }
     if (missing)
         Say("Render failed: " + std::to_string(missing) + " of " + std::to_string(total_) + " frames");
     else
@@ -95,6 +121,7 @@ void Console::Warn(const std::string& text) {
     const std::lock_guard lock(mutex_);
     if (!warned_.insert(text).second) return;
     ClearBar();
+    Log("Warning: " + OneLine(text));
     std::fprintf(screen_, "k7: warning: %s\n", OneLine(text).c_str());
     DrawBar();
 }
@@ -104,12 +131,12 @@ void Console::DrawBar() const {
     constexpr int kWidth = 30;
     const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
     const double speed = seconds > 0 ? done_ / seconds : 0;
-    const int left = speed > 0 ? static_cast<int>(std::min((total_ - done_) / speed, 359999.0)) : 0;
+    const double left = speed > 0 ? (total_ - done_) / speed : 0;
     const int filled = static_cast<int>(static_cast<long long>(kWidth) * done_ / std::max(total_, 1));
-    std::fprintf(screen_, "\r[%s%s] %d of %d frames, %.2f frames/s, %d:%02d:%02d left\x1b[K",
+    std::fprintf(screen_, "\r[%s%s] %d of %d frames, %.2f frames/s, %s left\x1b[K",
                  std::string(static_cast<std::size_t>(filled), '#').c_str(),
                  std::string(static_cast<std::size_t>(kWidth - filled), '.').c_str(), done_, total_, speed,
-                 left / 3600, left / 60 % 60, left % 60);
+                 Duration(left).c_str());
 }
 
 void Console::ClearBar() const {

@@ -27,14 +27,19 @@ public:
     void Rendered(int frame, double seconds);
     void Skipped(int frame);
     void Failed(int frame, const std::string& why);
-    /// The last word: how many frames are missing from the whole run.
-    void Finish(int missing);
+    /// The last word: how many frames are missing from the whole run, and where the others lie.
+    void Finish(int missing, const std::string& where);
+
+    /// Writes the farm's lines and the warnings into a file too, with times. Throws std::runtime_error.
+    void LogTo(const std::string& path);
 
     /// Tells each text once a run.
     void Warn(const std::string& text);
 
 private:
     void Done(const std::string& line);
+    void Say(const std::string& line);
+    void Log(const std::string& line);
     void DrawBar() const;
     void ClearBar() const;
 
@@ -43,6 +48,7 @@ private:
     std::FILE* const screen_; ///< standard error as it was at the start, whatever libraries do to it
     const Style style_;
     const int total_, first_, last_;
+    std::FILE* log_ = nullptr;
     int done_ = 0;
     Clock::time_point start_ = Clock::now();
     std::set<std::string> warned_;

@@ -48,6 +48,7 @@ ordered_json DescribeControl(const host::Operator& op, const Input& input) {
                             {"type", input.GetAttrS(host::kTagDataType)},
                             {"kind", input.GetAttrS(host::kTagControlKind)},
                             {"default", Default(input)},
+                            {"value", SavedValue(input)},
                             {"shown", Range(input, host::kTagShownLow, host::kTagShownHigh)},
                             {"limits", Range(input, host::kTagLowest, host::kTagHighest)},
                             {"integer", input.GetAttrI(host::kTagInteger) != 0},

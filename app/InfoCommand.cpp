@@ -1,5 +1,6 @@
 #include "app/Commands.h"
 #include "app/Describe.h"
+#include "app/Listener.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
 #include "media/Tool.h"
@@ -40,6 +41,11 @@ std::string ValuesOf(const ordered_json& control) {
     return text;
 }
 
+/// The value that holds now, where it is not the default.
+std::string Now(const ordered_json& control) {
+    return control["value"] == control["default"] ? "" : " (now " + Plain(control["value"]) + ")";
+}
+
 class InfoCommand : public Command {
 public:
     explicit InfoCommand(CLI::App& k7)
@@ -51,7 +57,8 @@ public:
 
     int Run() override {
         const Tool tool(FindTool(tool_));
-        for (const std::string& setting : settings_) ApplySetting(tool.Op(), setting);
+        Console console(Console::Style::Quiet, 1, 0, 0);
+        ApplySettings(tool.Op(), settings_, console);
         const ordered_json info = DescribeInputs(tool.Op());
         if (json_)
             std::cout << info.dump(2) << '\n';
@@ -71,7 +78,7 @@ private:
             if (control["page"] != page) std::cout << '\n' << (page = control["page"]) << '\n';
             std::cout << "  " << std::left << std::setw(14) << std::string(control["id"]) << ' '
                       << std::setw(22) << std::string(control["label"]) << ' ' << std::setw(12)
-                      << Plain(control["default"]) << ' ' << ValuesOf(control)
+                      << Plain(control["default"]) << ' ' << ValuesOf(control) << Now(control)
                       << (control["hidden"] == true ? " (hidden)" : "")
                       << (control["disabled"] == true ? " (greyed)" : "") << '\n';
         }

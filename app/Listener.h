@@ -4,6 +4,9 @@
 #include "host/Application.h"
 #include "host/Operator.h"
 
+#include <string>
+#include <vector>
+
 namespace app {
 
 /// Passes on what effects report as warnings, for as long as it lives.
@@ -17,5 +20,8 @@ public:
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 };
+
+/// Carries out settings in their order, and warns of what they do not do as they are written.
+void ApplySettings(host::Operator& op, const std::vector<std::string>& settings, Console& console);
 
 } // namespace app

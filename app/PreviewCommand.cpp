@@ -3,6 +3,7 @@
 #include "app/Listener.h"
 #include "app/PictureOptions.h"
 #include "app/PreviewView.h"
+#include "app/SettingsFile.h"
 #include "media/Errors.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
@@ -112,6 +113,7 @@ public:
         AddEach("--drag", drags_,
                 "X1,Y1:X2,Y2: press, move and let go, in fractions of the picture; y upward");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
+        AddSettingsFiles(settingsFile_, saveFile_);
         line.add_flag("--json", json_, "Write an array with what came of each drag");
         pictures_.AddTo(line, false);
     }
@@ -124,8 +126,9 @@ public:
         Tool tool(FindTool(toolName_));
         tool.LinkAll(links_, Missing::Error, aspect_, pictures_.Reading());
         const int frame = SetFrame(tool);
-        for (const std::string& setting : settings_) ApplySetting(tool.Op(), setting);
         Console console(Console::Style::Quiet, 1, frame, frame);
+        if (!settingsFile_.empty()) LoadSettingsFile(tool.Op(), settingsFile_);
+        ApplySettings(tool.Op(), settings_, console);
         const Listener listener(console);
 
         std::shared_ptr<host::Image> picture = tool.Render(frame);
@@ -138,6 +141,7 @@ public:
             view.Show(*picture);
         }
         Write(view, console);
+        if (!saveFile_.empty()) SaveSettingsFile(tool.Op(), saveFile_);
 
         if (json_)
             std::cout << drags.dump(2) << '\n';
@@ -164,7 +168,7 @@ private:
         WritePicture(output_, *like.image, like, [&](const std::string& text) { console.Warn(text); });
     }
 
-    std::string toolName_, output_, size_, aspect_;
+    std::string toolName_, output_, size_, aspect_, settingsFile_, saveFile_;
     std::vector<std::string> links_, settings_, drags_;
     PictureOptions pictures_;
     std::optional<int> frame_;

@@ -5,8 +5,12 @@
 #include "media/PlugIns.h"
 #include "media/Words.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <system_error>
 
 namespace app {
 
@@ -16,7 +20,7 @@ namespace {
 constexpr int kFailed = 1, kWrong = 2;
 
 int Complain(const std::string& why, int code) {
-    std::fprintf(stderr, "k7: %s\n", OneLine(why).c_str());
+    for (const std::string& line : Split(why, '\n')) std::fprintf(stderr, "k7: %s\n", OneLine(line).c_str());
     return code;
 }
 
@@ -48,6 +52,13 @@ void CheckFirstWord(const std::string& word, const std::vector<std::unique_ptr<C
     throw UsageError("there is no command '" + word + "'" + DidYouMean(word, names));
 }
 
+/// Throws std::runtime_error where not all that was printed has reached its place.
+void CheckPrinted() {
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return;
+    throw std::runtime_error("standard output cannot be written: " + std::generic_category().message(errno));
+}
+
 int RunCommand(int count, const char* const* words) {
     CLI::App k7("Renders picture files with the effects of the K7 plug-in.", "k7");
     k7.require_subcommand(1);
@@ -66,7 +77,11 @@ int RunCommand(int count, const char* const* words) {
     }
     LoadPlugIns();
     for (const auto& command : commands)
-        if (command->Line()->parsed()) return command->Run();
+        if (command->Line()->parsed()) {
+            const int code = command->Run();
+            if (code == 0 && command->PrintsResult()) CheckPrinted();
+            return code;
+        }
     return kWrong;
 }
 

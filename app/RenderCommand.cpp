@@ -1,21 +1,18 @@
 #include "app/Commands.h"
 #include "app/Listener.h"
+#include "app/OutputCheck.h"
 #include "app/PictureOptions.h"
 #include "app/RenderJob.h"
+#include "app/SettingsFile.h"
 #include "host/Application.h"
 #include "media/Errors.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
 #include "media/Tool.h"
-#include "media/WholeFile.h"
 #include "media/Words.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
-#include <fstream>
 #include <map>
-#include <stdexcept>
 
 namespace app {
 
@@ -28,14 +25,6 @@ Missing ParseMissing(const std::string& text) {
     const auto found = words.find(text);
     if (found == words.end()) throw UsageError("--missing knows error, hold and black, not '" + text + "'");
     return found->second;
-}
-
-nlohmann::json ReadJson(const std::string& path) {
-    std::ifstream file(path);
-    if (!file) throw UsageError("'" + path + "': the settings cannot be read");
-    const nlohmann::json json = nlohmann::json::parse(file, nullptr, false);
-    if (json.is_discarded()) throw UsageError("'" + path + "': is no JSON");
-    return json;
 }
 
 class RenderCommand : public Command {
@@ -55,11 +44,11 @@ public:
         line.add_option("--extent", extent_, "A-B: first and last frame of the clip");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
         line.add_option("--missing", missing_, "What to do where a frame is not there: error, hold or black");
-        line.add_flag("--skip-existing", skipExisting_, "Leave frames alone whose files are there");
-        line.add_option("--settings", settingsFile_,
-                        "Take the controls from a file that --save-settings wrote");
-        line.add_option("--save-settings", saveFile_,
-                        "Write all controls with their keys into a file at the end");
+        line.add_flag("--skip-existing", skipExisting_,
+                      "Leave frames alone whose files are there and can be read");
+        AddSettingsFiles(settingsFile_, saveFile_);
+        line.add_flag("--no-mkdir", noFolder_, "Fail where the folder of the output is missing");
+        line.add_option("--log", logFile_, "FILE for the lines of the run and its warnings, with times");
         line.add_flag("--quiet", quiet_, "Print only warnings and errors");
         pictures_.AddTo(line, true);
     }
@@ -68,18 +57,20 @@ public:
         Tool tool(FindTool(toolName_));
         tool.LinkAll(links_, ParseMissing(missing_), aspect_, pictures_.Reading());
         const std::vector<int> frames = ChooseFrames(tool);
-        CheckOutput(tool, frames);
+        CheckBeforeWork({tool, output_, frames, pictures_.Writing(), !noFolder_});
         if (threads_) host::GetApp()->ProcessorCount = threads_;
         tool.Document().CurrentTime = frames.front();
-        Set(tool.Op());
-
         const auto [least, most] = std::minmax_element(frames.begin(), frames.end());
         Console console(Console::StyleFor(quiet_), static_cast<int>(frames.size()), *least, *most);
+        if (!logFile_.empty()) console.LogTo(logFile_);
+        if (!settingsFile_.empty()) LoadSettingsFile(tool.Op(), settingsFile_);
+        ApplySettings(tool.Op(), settings_, console);
         const Listener listener(console);
         const int code = RenderJob(tool, console, output_, skipExisting_, pictures_.Writing()).Run(frames);
-        if (!saveFile_.empty()) Save(tool.Op());
+        if (!saveFile_.empty()) SaveSettingsFile(tool.Op(), saveFile_);
         return code;
     }
+    bool PrintsResult() const override { return false; }
 
 private:
     /// The frames to render. Sets the tool's extent too: a single picture is there for all frames asked for.
@@ -95,37 +86,12 @@ private:
         return frames;
     }
 
-    void CheckOutput(const Tool& tool, const std::vector<int>& frames) const {
-        CheckCanWrite(output_, pictures_.Writing());
-        const FilePattern output(output_);
-        // A tool that looks back would find its own work.
-        if (tool.ReadsSequence(output.At(frames.front()), frames.front()))
-            throw UsageError("'" + output_ + "' would overwrite the sequence that is read");
-        if (frames.size() > 1 && !output.IsSequence())
-            throw UsageError("'" + output_ + "' has room for one frame, not for " +
-                             std::to_string(frames.size()) + ": write %04d or #### for the frame's number");
-    }
-
-    void Set(host::Operator& op) const {
-        if (!settingsFile_.empty()) RestoreSettings(op, ReadJson(settingsFile_));
-        for (const std::string& setting : settings_) ApplySetting(op, setting);
-    }
-
-    void Save(const host::Operator& op) const {
-        const std::string text = SaveSettings(op).dump(2) + "\n";
-        try {
-            WholeFile(saveFile_).Finish({text.begin(), text.end()});
-        } catch (const FrameError& error) {
-            throw std::runtime_error(saveFile_ + ": " + error.what());
-        }
-    }
-
-    std::string toolName_, output_, frames_, extent_, aspect_, settingsFile_, saveFile_;
+    std::string toolName_, output_, frames_, extent_, aspect_, settingsFile_, saveFile_, logFile_;
     std::string missing_ = "error";
     std::vector<std::string> links_, settings_;
     PictureOptions pictures_;
     int threads_ = 0;
-    bool skipExisting_ = false, quiet_ = false;
+    bool skipExisting_ = false, quiet_ = false, noFolder_ = false;
 };
 
 } // namespace

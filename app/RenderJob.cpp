@@ -1,9 +1,11 @@
 #include "app/RenderJob.h"
 
+#include "media/CheckedInput.h"
+#include "media/Decoding.h"
 #include "media/Errors.h"
+#include "media/Words.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <new>
 
 namespace app {
@@ -11,6 +13,21 @@ namespace app {
 using namespace media;
 
 using namespace media;
+
+namespace {
+
+/// Whether a file is there that can be opened as a picture.
+bool IsWhole(const std::string& path) {
+    try {
+        const Decoding quiet(path);
+        CheckedInput(path, {}).Spec(0);
+        return true;
+    } catch (const FrameError&) {
+        return false;
+    }
+}
+
+} // namespace
 
 RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting,
                      WriteOptions options)
@@ -60,8 +77,7 @@ void RenderJob::RenderFrame(int frame, const std::string& path) {
 
 void RenderJob::RunFrame(int frame) {
     const std::string path = output_.At(frame);
-    std::error_code ignored;
-    if (skipExisting_ && std::filesystem::exists(path, ignored)) {
+    if (skipExisting_ && IsWhole(path)) {
         FinishWriting();
         ++written_;
         console_.Skipped(frame);
@@ -79,8 +95,9 @@ int RenderJob::Run(const std::vector<int>& frames) {
     }
     FinishWriting();
     const int missing = static_cast<int>(frames.size()) - written_;
-    console_.Finish(missing);
-    for (const auto& [frame, why] : failures_) std::fprintf(stderr, "k7: frame %d: %s\n", frame, why.c_str());
+    console_.Finish(missing, output_.Path());
+    for (const auto& [frame, why] : failures_)
+        std::fprintf(stderr, "k7: frame %d: %s\n", frame, OneLine(why).c_str());
     if (interrupt.ExitCode())
         std::fprintf(stderr, "k7: stopped; %d of %zu frames are written\n", written_, frames.size());
     return interrupt.ExitCode() ? interrupt.ExitCode() : missing ? 1 : 0;

@@ -2,8 +2,12 @@
 include(GNUInstallDirs)
 
 set_target_properties(k7host PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
-set_target_properties(k7 PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 set_target_properties(k7effects PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+
+# A build lies as an installation does, and its programs find their libraries in the same way: the search path that
+# CMake would put into them for the build ends with an empty entry, which is the working folder.
+set_target_properties(k7 k7effects PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+set_target_properties(k7host PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
 
 set(docs ${CMAKE_INSTALL_DATAROOTDIR}/doc/k7)
 install(TARGETS k7 RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace media {
 
@@ -36,6 +37,7 @@ public:
 
     bool IsSequence() const { return source_->IsSequence(); }
     std::string NameOf(int frame) const { return source_->NameOf(frame); }
+    std::vector<std::string> Files() const { return source_->Files(); }
     /// First and last frame; nothing for a single picture and for a sequence without a file.
     std::optional<FrameSpan> Span() const;
 

@@ -23,6 +23,12 @@ public:
         return std::filesystem::exists(files_.At(frame), ignored);
     }
     std::string NameOf(int frame) const override { return files_.At(frame); }
+    std::vector<std::string> Files() const override {
+        if (!files_.IsSequence()) return {files_.Path()};
+        std::vector<std::string> files;
+        for (int frame : Frames()) files.push_back(files_.At(frame));
+        return files;
+    }
     Picture Read(int frame) const override { return ReadPicture(files_.At(frame), options_); }
 
 private:
@@ -46,6 +52,7 @@ public:
     }
     bool Has(int frame) const override { return frame >= 0 && frame < frames_; }
     std::string NameOf(int frame) const override { return path_ + " frame " + std::to_string(frame); }
+    std::vector<std::string> Files() const override { return {path_}; }
     Picture Read(int frame) const override { return ReadPicture(path_, options_, frame); }
 
 private:
@@ -72,6 +79,7 @@ public:
         return frames;
     }
     bool Has(int frame) const override { return frame >= 0 && frame < SampleClip::kFrames; }
+    std::vector<std::string> Files() const override { return {}; }
     std::string NameOf(int frame) const override { return kSampleName + (" frame " + std::to_string(frame)); }
     Picture Read(int frame) const override {
         Picture picture;

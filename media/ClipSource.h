@@ -20,6 +20,8 @@ public:
     virtual bool Has(int frame) const = 0;
     /// What the user knows a frame by.
     virtual std::string NameOf(int frame) const = 0;
+    /// The files that are read.
+    virtual std::vector<std::string> Files() const = 0;
     /// Throws FrameError.
     virtual Picture Read(int frame) const = 0;
 };

@@ -3,32 +3,59 @@
 #include "media/Words.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <regex>
 #include <string_view>
 
 namespace media {
+namespace {
+
+/// A frame number's place in a name.
+struct Place {
+    std::size_t length; ///< in characters; 0: there is none
+    int digits;
+};
+
+/// What `text` begins with: %d, %4d or %04d; any number of # or @; $F or $F4.
+Place PlaceAt(std::string_view text) {
+    const char first = text.empty() ? '\0' : text[0];
+    if (first == '#' || first == '@') {
+        const std::size_t end = std::min(text.find_first_not_of(first), text.size());
+        return {end, static_cast<int>(std::min<std::size_t>(end, 20))};
+    }
+    const bool percent = first == '%', dollar = text.starts_with("$F");
+    if (!percent && !dollar) return {0, 0};
+    std::size_t at = dollar ? 2 : 1;
+    if (percent && text.substr(at).starts_with('0')) ++at;
+    int digits = 1;
+    if (at < text.size() && text[at] >= '1' && text[at] <= '9') digits = text[at++] - '0';
+    if (dollar) return {at, digits};
+    return at < text.size() && text[at] == 'd' ? Place{at + 1, digits} : Place{0, 0};
+}
+
+} // namespace
 
 FilePattern::FilePattern(std::string path) : path_(std::move(path)) {
-    const std::size_t name = path_.find_last_of('/') + 1;
-    static const std::regex number("%(0([1-9]))?d|#+");
-    std::smatch match;
-    if (!std::regex_search(path_.cbegin() + static_cast<std::ptrdiff_t>(name), path_.cend(), match, number))
+    const std::string_view all = path_;
+    std::error_code ignored;
+    for (std::size_t at = all.find_last_of('/') + 1; at < all.size(); ++at) {
+        const Place place = PlaceAt(all.substr(at));
+        if (place.length == 0) continue;
+        if (std::filesystem::is_regular_file(path_, ignored)) return; // a file of that very name
+        sequence_ = true;
+        digits_ = place.digits;
+        before_ = all.substr(0, at);
+        after_ = all.substr(at + place.length);
         return;
-    sequence_ = true;
-    digits_ = *match[0].first == '#' ? static_cast<int>(match.length())
-              : match[2].matched     ? *match[2].first - '0'
-                                     : 1;
-    before_.assign(path_.cbegin(), match[0].first);
-    after_.assign(match[0].second, path_.cend());
+    }
 }
 
 std::string FilePattern::At(int frame) const {
     if (!sequence_) return path_;
     char number[40];
-    std::snprintf(number, sizeof number, "%0*d", std::min(digits_, 20), frame);
+    std::snprintf(number, sizeof number, "%0*d", digits_, frame);
     return before_ + number + after_;
 }
 

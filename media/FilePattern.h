@@ -5,8 +5,9 @@
 
 namespace media {
 
-/// The name of a picture file, or of a sequence of them: `%04d`, `%d` or `####` in the file's name stands for
-/// the frame number, with at least that many digits.
+/// The name of a picture file, or of a sequence of them: `%04d`, `%4d`, `%d`, `####`, `@@@@` or `$F4` in the
+/// file's name stands for the frame number, with at least that many digits. The name of a file that is there
+/// is its name.
 class FilePattern {
 public:
     explicit FilePattern(std::string path);

@@ -3,8 +3,8 @@
 #include "media/Errors.h"
 #include "media/Words.h"
 
+#include <algorithm>
 #include <optional>
-#include <unordered_set>
 
 namespace media {
 namespace {
@@ -29,6 +29,10 @@ std::optional<FrameSpan> TrySpan(const std::string& text) {
 struct Stretch {
     FrameSpan span;
     int step = 1;
+
+    bool Names(long long frame) const {
+        return frame >= span.first && frame <= span.last && (frame - span.first) % step == 0;
+    }
 };
 
 Stretch ParseStretch(const std::string& text) {
@@ -44,13 +48,16 @@ Stretch ParseStretch(const std::string& text) {
 
 std::vector<int> ParseFrames(const std::string& text) {
     std::vector<int> frames;
-    std::unordered_set<int> seen;
+    std::vector<Stretch> told;
+    long long room = kMostFrames;
     for (const std::string& piece : Split(text, ',')) {
-        const auto [span, step] = ParseStretch(piece);
-        if ((static_cast<long long>(span.last) - span.first) / step >= kMostFrames)
-            throw UsageError("'" + piece + "' names more than ten million frames");
-        for (long long frame = span.first; frame <= span.last; frame += step)
-            if (seen.insert(static_cast<int>(frame)).second) frames.push_back(static_cast<int>(frame));
+        const Stretch stretch = ParseStretch(piece);
+        room -= (static_cast<long long>(stretch.span.last) - stretch.span.first) / stretch.step + 1;
+        if (room < 0) throw UsageError("'" + OneLine(text) + "' names more than ten million frames");
+        for (long long frame = stretch.span.first; frame <= stretch.span.last; frame += stretch.step)
+            if (std::none_of(told.begin(), told.end(), [&](const Stretch& s) { return s.Names(frame); }))
+                frames.push_back(static_cast<int>(frame));
+        told.push_back(stretch);
     }
     return frames;
 }

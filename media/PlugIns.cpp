@@ -43,7 +43,9 @@ host::Registry& FindTool(const std::string& name) {
     std::vector<std::string> names;
     for (host::Registry* tool : Tools()) {
         const std::string all[] = {PlainName(*tool), tool->GetAttrS(host::kTagRegName), tool->Id().Text()};
-        if (std::find(std::begin(all), std::end(all), name) != std::end(all)) return *tool;
+        if (std::any_of(std::begin(all), std::end(all),
+                        [&](const auto& known) { return SameWord(known, name); }))
+            return *tool;
         names.insert(names.end(), std::begin(all), std::end(all));
     }
     throw UsageError("there is no tool '" + name + "'" + DidYouMean(name, names));

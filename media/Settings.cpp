@@ -7,7 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <optional>
 #include <vector>
 
@@ -29,8 +31,9 @@ double ParseEntry(const Input& control, const std::string& text) {
     const std::vector<std::string> entries = control.GetAttrList(host::kTagEntry);
     std::string wanted = "the number or the text of an entry:";
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (text == std::to_string(i) || SameWord(text, entries[i])) return static_cast<double>(i);
-        wanted += (i ? ", " : " ") + std::to_string(i) + " '" + entries[i] + "'";
+        const std::string entry = Trimmed(entries[i]);
+        if (text == std::to_string(i) || SameWord(Trimmed(text), entry)) return static_cast<double>(i);
+        wanted += (i ? ", " : " ") + std::to_string(i) + " '" + entry + "'";
     }
     Refuse(control, text, wanted);
 }
@@ -39,8 +42,12 @@ double ParseOne(const Input& control, const std::string& text) {
     const std::string kind = control.GetAttrS(host::kTagControlKind);
     if (kind == "ComboControl") return ParseEntry(control, text);
     const bool box = kind == "CheckboxControl";
-    if (box && SameWord(text, "on")) return 1;
-    if (box && SameWord(text, "off")) return 0;
+    const auto isOneOf = [&](std::initializer_list<const char*> words) {
+        return std::any_of(words.begin(), words.end(),
+                           [&](const char* word) { return SameWord(text, word); });
+    };
+    if (box && isOneOf({"on", "yes", "true"})) return 1;
+    if (box && isOneOf({"off", "no", "false"})) return 0;
     if (const std::optional<double> number = ParseNumber(text)) return *number;
     Refuse(control, text, box ? "0, 1, on or off" : "a number");
 }
@@ -101,14 +108,37 @@ Curve::Value ValueFromJson(const Input& control, const json& saved, std::size_t 
 Curve CurveFromJson(const Input& control, const json& saved) {
     Curve curve = control.GetCurve();
     if (!saved.is_object()) return {ValueFromJson(control, saved, 0), {}};
-    for (const json& key : saved.at("keys"))
-        curve.Keys[NumberFromJson(key.at(0))] = ValueFromJson(control, key, 1);
+    for (const json& key : saved.at("keys")) {
+        const double frame = NumberFromJson(key.at(0));
+        if (!std::isfinite(frame)) throw UsageError(KeyOf(control) + " has a key at no frame");
+        curve.Keys[frame] = ValueFromJson(control, key, 1);
+    }
     return curve;
 }
 
 void SetText(Input& control, const std::string& text) {
     const host::AutoParameter value(new host::Text(text));
     control.SetSource(value.get(), host::kTimeNow, 1, nullptr);
+}
+
+/// What a control makes of a number that it does not take as it is.
+std::string Changed(const Input& control, const Curve& wanted) {
+    if (control.DataType() != Type::Number) return "";
+    const bool whole = control.GetAttrI(host::kTagInteger) != 0;
+    const auto taken = [&](double value) {
+        if (control.HasAttr(host::kTagLowest)) value = std::max(value, control.GetAttrD(host::kTagLowest));
+        if (control.HasAttr(host::kTagHighest)) value = std::min(value, control.GetAttrD(host::kTagHighest));
+        return whole ? std::trunc(value) : value;
+    };
+    const auto note = [&](double value) {
+        if (!std::isfinite(value) || taken(value) == value) return std::string();
+        char text[128];
+        std::snprintf(text, sizeof text, ": %g counts as %g", value, taken(value));
+        return KeyOf(control) + " (" + control.Name() + ")" + text;
+    };
+    for (const auto& [frame, value] : wanted.Keys)
+        if (const std::string text = note(value.x); !text.empty()) return text;
+    return wanted.Animated() ? "" : note(wanted.Constant.x);
 }
 
 /// While it lives, operators of the document do not react to changes.
@@ -139,12 +169,14 @@ const std::string& KeyOf(const Input& control) {
 
 Input& FindControl(const host::Operator& op, const std::string& name) {
     Input* found = name.empty() ? nullptr : op.FindInput(name);
+    for (Input* input : op.Inputs())
+        if (!found && !name.empty() && SameWord(input->Id(), name)) found = input;
     if (found && !IsControl(*found)) throw UsageError("'" + name + "' is an image: give it a file with -i");
     if (found) return *found;
     std::string ids;
     int count = 0;
     for (Input* input : op.Inputs()) {
-        if (!IsControl(*input) || input->Name() != name) continue;
+        if (!IsControl(*input) || !SameWord(Trimmed(input->Name()), Trimmed(name))) continue;
         found = input;
         ids += (count++ ? ", " : "") + input->Id();
     }
@@ -167,25 +199,44 @@ Curve ParseCurve(const Input& control, const std::string& text) {
     return curve;
 }
 
-void ApplySetting(host::Operator& op, const std::string& setting) {
+std::string ApplySetting(host::Operator& op, const std::string& setting) {
     const std::size_t equals = setting.find('=');
     if (equals == std::string::npos) throw UsageError("'" + setting + "' is no setting: write CONTROL=VALUE");
     Input& control = FindControl(op, setting.substr(0, equals));
     const std::string value = setting.substr(equals + 1);
-    if (control.DataType() == Type::Text)
+    if (control.DataType() == Type::Text) {
+        if (!IsUtf8(value)) throw UsageError("the text for " + KeyOf(control) + " is not UTF-8");
         SetText(control, value);
-    else
-        control.SetCurve(ParseCurve(control, value));
+        return "";
+    }
+    const Curve wanted = ParseCurve(control, value);
+    const std::string note = Changed(control, wanted);
+    control.SetCurve(wanted);
+    return note;
+}
+
+std::vector<std::string> WithoutEffect(const host::Operator& op, const std::vector<std::string>& settings) {
+    std::vector<std::string> idle;
+    for (const std::string& setting : settings) {
+        const Input& control = FindControl(op, setting.substr(0, setting.find('=')));
+        const bool hidden = control.GetAttrI(host::kTagShown, 1) == 0;
+        if (!control.HasAttr(host::kTagCommon) && (hidden || control.GetAttrI(host::kTagDisabled)))
+            idle.push_back(KeyOf(control) + " (" + control.Name() + ") is " + (hidden ? "hidden" : "greyed") +
+                           " and may have no effect with these settings");
+    }
+    return idle;
+}
+
+ordered_json SavedValue(const Input& control) {
+    if (control.DataType() == Type::Text) return control.GetText();
+    return CurveToJson(control, control.GetCurve());
 }
 
 ordered_json SaveSettings(const host::Operator& op) {
     ordered_json controls = ordered_json::object();
     for (const Input* input : op.Inputs()) {
         if (!IsControl(*input)) continue;
-        if (input->DataType() == Type::Text)
-            controls[KeyOf(*input)] = input->GetText();
-        else
-            controls[KeyOf(*input)] = CurveToJson(*input, input->GetCurve());
+        controls[KeyOf(*input)] = SavedValue(*input);
     }
     return {{"tool", op.Class()->Id().Text()}, {"controls", controls}};
 }

@@ -6,6 +6,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <vector>
 
 namespace media {
 
@@ -15,7 +16,7 @@ bool IsControl(const host::Input& input);
 /// What a command calls a control: its id, or the label of one that has none.
 const std::string& KeyOf(const host::Input& control);
 
-/// A control by its id or, failing that, its label. Throws UsageError with the nearest name.
+/// A control by its id or, failing that, its label, in any case. Throws UsageError with the nearest name.
 host::Input& FindControl(const host::Operator& op, const std::string& name);
 
 /// The value, or keys, that a text stands for: a number; `x,y` for a point; the number or the text of a
@@ -23,12 +24,19 @@ host::Input& FindControl(const host::Operator& op, const std::string& name);
 /// `@frame:x,y;frame:x,y` for keys. Throws UsageError. Not for text controls.
 host::Curve ParseCurve(const host::Input& control, const std::string& text);
 
-/// Carries out `CONTROL=VALUE` as a change by the user, so that the tool reacts. Throws UsageError.
-void ApplySetting(host::Operator& op, const std::string& setting);
+/// Carries out `CONTROL=VALUE` as a change by the user, so that the tool reacts. Throws UsageError. What the
+/// control makes of the value where it does not take it as it is; empty otherwise.
+std::string ApplySetting(host::Operator& op, const std::string& setting);
+
+/// The controls among those of `CONTROL=VALUE` that have no effect as things stand, being hidden or greyed.
+std::vector<std::string> WithoutEffect(const host::Operator& op, const std::vector<std::string>& settings);
 
 /// All controls with their keys: {"tool": id, "controls": {key: value}}, where a value is a number, a text,
 /// [x, y], or {"keys": [[frame, number or x and y], ...]}.
 nlohmann::ordered_json SaveSettings(const host::Operator& op);
+
+/// The value of one control, or its keys, as SaveSettings writes it.
+nlohmann::ordered_json SavedValue(const host::Input& control);
 
 /// Brings back what SaveSettings gave. The tool does not react, so every value ends as it was saved. Throws
 /// UsageError.

@@ -71,6 +71,21 @@ bool Tool::ReadsSequence(const std::string& path, int frame) const {
     });
 }
 
+std::vector<std::string> Tool::FilesRead() const {
+    std::vector<std::string> all;
+    for (const auto& [input, clip] : clips_)
+        for (std::string& file : clip->Files()) all.push_back(std::move(file));
+    return all;
+}
+
+std::vector<std::string> Tool::SingleFiles() const {
+    std::vector<std::string> all;
+    for (const auto& [input, clip] : clips_)
+        if (!clip->IsSequence())
+            for (std::string& file : clip->Files()) all.push_back(std::move(file));
+    return all;
+}
+
 void Tool::SetExtent(const FrameSpan& span) {
     operator_->SetExtent({static_cast<double>(span.first), static_cast<double>(span.last) + 1, 1});
 }

@@ -28,8 +28,11 @@ public:
 
     /// The clip at the main input; LinkAll has made sure of it.
     Clip& MainClip() const { return *clips_.at(MainInput()); }
-    /// Whether a file is a frame of one of the sequences at the inputs.
+    /// Whether a name is that of a frame of one of the sequences at the inputs, be there a file or not.
     bool ReadsSequence(const std::string& path, int frame) const;
+    /// The files at the inputs: all of them, or those of single pictures only.
+    std::vector<std::string> FilesRead() const;
+    std::vector<std::string> SingleFiles() const;
     /// The tool has pictures from `first` to `last`.
     void SetExtent(const FrameSpan& span);
 

@@ -87,4 +87,19 @@ std::string OneLine(std::string text) {
     return text;
 }
 
+bool IsUtf8(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[i++]);
+        const int more = lead < 0x80                   ? 0
+                         : lead >= 0xc2 && lead < 0xe0 ? 1
+                         : lead >= 0xe0 && lead < 0xf0 ? 2
+                         : lead >= 0xf0 && lead < 0xf5 ? 3
+                                                       : -1;
+        if (more < 0) return false;
+        for (int k = 0; k < more; ++k, ++i)
+            if (i >= text.size() || (static_cast<unsigned char>(text[i]) & 0xc0) != 0x80) return false;
+    }
+    return true;
+}
+
 } // namespace media

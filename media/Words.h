@@ -23,7 +23,10 @@ std::string DidYouMean(std::string_view word, const std::vector<std::string>& ca
 /// The text without the blanks at its beginning and end.
 std::string Trimmed(const std::string& text);
 
-/// The text on one line, for messages of libraries.
+/// The text on one line, for messages of libraries and names of files; control characters become blanks.
 std::string OneLine(std::string text);
+
+/// Whether a text is well-formed UTF-8.
+bool IsUtf8(std::string_view text);
 
 } // namespace media

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 #include <fcntl.h>
@@ -38,6 +39,25 @@ int Wait(pid_t child) {
 TEST_F(Program, TheBuiltFileFindsItsPlugIn) {
     EXPECT_EQ(Wait(Start({"info", "Clean"})), 0);
     EXPECT_EQ(Wait(Start({"info", "Unclean"})), 2);
+}
+
+TEST_F(Program, AFullDeviceIsAFailureAndAClosedPipeIsNone) {
+    const std::string k7 = std::string("'") + K7_PROGRAM + "' ";
+    const auto code = [&](const std::string& words) {
+        return WEXITSTATUS(std::system(("bash -c \"" + k7 + words + "\"").c_str()));
+    };
+    EXPECT_EQ(code("list > /dev/full 2>/dev/null"), 1);
+    EXPECT_EQ(
+        code("render Clean -i sample: -f 0-2 -o out.%d.png 2>/dev/null | true; exit \\${PIPESTATUS[0]}"), 0);
+    EXPECT_TRUE(folder_.Has("out.2.png"));
+}
+
+TEST_F(Program, NothingIsLoadedFromTheWorkingFolder) {
+    const std::string entries = std::string("readelf -d '") + K7_PROGRAM + "' | grep RUNPATH > path.txt";
+    ASSERT_EQ(std::system(entries.c_str()), 0);
+    const std::string path = folder_.Get("path.txt");
+    EXPECT_NE(path.find("[$ORIGIN"), std::string::npos) << path;
+    for (const char* empty : {":]", "[:", "::"}) EXPECT_EQ(path.find(empty), std::string::npos) << path;
 }
 
 TEST_F(Program, CtrlCLeavesWholeFramesOnly) {

@@ -1,5 +1,7 @@
 #include "tests/app/ProgramStage.h"
 
+#include <tuple>
+
 #include <nlohmann/json.hpp>
 
 #include <regex>
@@ -76,14 +78,69 @@ TEST_F(Program, SettingsAreSavedAndTakenUpAgainAndFramesThatAreThereCanBeLeftAlo
         nlohmann::json::parse(folder_.Get("kept.json")),
         nlohmann::json::parse(
             R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[[0,1],[9,900]]},"YRad":200,"FloatPictures":0}})"));
-    folder_.Put("b.0.png", "done before");
+    Put("b.0.png", MakeNoise(3, 2));
+    const std::string before = folder_.Get("b.0.png");
+    folder_.Put("b.5.png", ""); // counts as missing
     EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "b.%d.png", "-f", "0,5,9", "--settings",
                    "kept.json", "--skip-existing", "--quiet"}),
               0);
-    EXPECT_EQ(folder_.Get("b.0.png"), "done before");
+    EXPECT_EQ(folder_.Get("b.0.png"), before);
     EXPECT_EQ(folder_.Get("b.5.png"), folder_.Get("a.5.png"));
     EXPECT_EQ(folder_.Get("b.9.png"), folder_.Get("a.9.png"));
     EXPECT_NE(folder_.Get("a.0.png"), folder_.Get("a.9.png"));
+}
+
+TEST_F(Program, NoInputIsOverwrittenByWhateverName) {
+    for (const char* name : {"in.0001.png", "in.0002.png", "in.0003.png"}) Put(name, MakeNoise(8, 8));
+    std::filesystem::create_hard_link(folder_ / "in.0003.png", folder_ / "out.3.png");
+    std::filesystem::create_symlink("in.0001.png", folder_ / "link.png");
+    const std::string before = folder_.Get("in.0003.png");
+    for (const auto& [input, output, frames] : {std::tuple("in.%04d.png", "in.%04d.png", "1-3"),
+                                                {"in.%04d.png", "out.%d.png", "1-3"},
+                                                {"in.0003.png", "in.%04d.png", "1-5"},
+                                                {"in.0001.png", "link.png", "0"}})
+        ExpectWrong({"render", "Clean", "-i", input, "-o", output, "-f", frames, "--quiet"},
+                    "would overwrite");
+    EXPECT_EQ(folder_.Get("in.0003.png"), before);
+}
+
+TEST_F(Program, FaultsAreToldTogetherAndFoldersMade) {
+    EXPECT_EQ(Run({"render", "Clean", "-i", "none.png", "-o", "out.sgi", "-f", "1-2"}), 2);
+    for (const char* word : {"none.png", "sgi", "room for one frame"})
+        EXPECT_NE(Err().find(word), std::string::npos) << Err();
+    EXPECT_EQ(std::count(Err().begin(), Err().end(), '\n'), 3);
+    const Arguments deep = {"render", "Clean", "-i", "sample:", "-o", "a/b/out.png", "-f", "0", "--quiet"};
+    Arguments strict = deep;
+    strict.push_back("--no-mkdir");
+    EXPECT_EQ(Run(strict), 1);
+    EXPECT_EQ(Run(deep), 0);
+    EXPECT_TRUE(folder_.Has("a/b/out.png"));
+}
+
+TEST_F(Program, AFileKeepsItsModeAndALinkItsTarget) {
+    Put("out.png", MakeNoise(4, 4));
+    std::filesystem::permissions(folder_ / "out.png", std::filesystem::perms(0600));
+    std::filesystem::create_symlink("out.png", folder_ / "link.png");
+    EXPECT_EQ(Run({"render", "Clean", "-i", "sample:", "-o", "link.png", "-f", "0", "--quiet"}), 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "link.png"));
+    EXPECT_EQ(Get("out.png").image->Width, 960);
+    EXPECT_EQ(std::filesystem::status(folder_ / "out.png").permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(Run({"render", "Clean", "-i", "sample:", "-o", "/dev/null", "-f", "0", "--quiet"}), 2);
+    EXPECT_FALSE(std::filesystem::is_regular_file("/dev/null"));
+}
+
+TEST_F(Program, WhatIsNotTakenAsWrittenIsWarnedOfAndLogged) {
+    Put("in.png", MakeNoise(8, 8));
+    EXPECT_EQ(Run({"render", "clean", "-i", "in.png", "-o", "out.png", "-s", "xrad=3.5", "--quiet", "--log",
+                   "run.log"}),
+              0);
+    ExpectOneLine("XRad (");
+    const std::string log = folder_.Get("run.log");
+    for (const char* word : {"Render started", "Rendered frame 0", "completed"})
+        EXPECT_NE(log.find(word), std::string::npos) << log;
+    folder_.Put("keys.json", R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[["nan",1],[9,900]]}}})");
+    for (const char* file : {"keys.json", "."})
+        EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "o.png", "--settings", file}), 2) << file;
 }
 
 TEST_F(Program, FramesThatFailEndWithOne) {
@@ -94,7 +151,7 @@ TEST_F(Program, FramesThatFailEndWithOne) {
     } cases[] = {{"none.png", "out.png", "0", "none.png"},
                  {"text.png", "out.png", "0", "text.png"},
                  {"sample:", "out.png", "24", "frame 24"},
-                 {"sample:", "none/out.png", "0", "none/out.png"},
+                 {"sample:", "text.png/out.png", "0", "text.png/out.png"},
                  {"sample:", "/proc/out.png", "0", "/proc/out.png"}};
     for (const auto& c : cases) {
         EXPECT_EQ(Run({"render", "Clean", "-i", c.input, "-o", c.output, "-f", c.frame, "--quiet"}), 1)

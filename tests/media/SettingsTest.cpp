@@ -77,7 +77,11 @@ TEST_F(Settings, ValuesOfEveryKind) {
     EXPECT_EQ(Value("Amnt"), 4);
     Set("Amnt=99");
     EXPECT_EQ(Value("Amnt"), 10) << "the host holds the value within its limits";
-    for (const auto& [word, value] : {std::pair{"1", 1}, {"off", 0}, {"ON", 1}, {"3", 3}, {"0", 0}}) {
+    EXPECT_EQ(ApplySetting(op_, "amnt=99"), "Amnt (Amount): 99 counts as 10");
+    EXPECT_EQ(ApplySetting(op_, "Amnt=9"), "");
+    EXPECT_NE(WhyNot("File=\xff"), "");
+    for (const auto& [word, value] :
+         {std::pair{"1", 1}, {"off", 0}, {"ON", 1}, {"3", 3}, {"No", 0}, {"true", 1}}) {
         Set(std::string("TuOn=") + word);
         EXPECT_EQ(Value("TuOn"), value);
     }
@@ -95,7 +99,7 @@ TEST_F(Settings, ListsTakeNumberOrTextAndTheToolReacts) {
     EXPECT_EQ(Value("Amnt"), 7) << "the preset has written its slider";
     Set("Amnt=3");
     EXPECT_EQ(Value("Amnt"), 3) << "a later setting wins";
-    Set("Style=horizontal");
+    Set("style= horizontal ");
     EXPECT_EQ(Value("Styl"), 1);
     Set("Style=2");
     EXPECT_EQ(Value("Styl"), 2);
@@ -124,7 +128,7 @@ TEST_F(Settings, WrongWordsAreNamedWithTheRightOnes) {
     EXPECT_EQ(WhyNot("Amnt"), "'Amnt' is no setting: write CONTROL=VALUE");
     EXPECT_NE(WhyNot("Style=Vertical").find("0 'Uni', 1 'Horizontal'"), std::string::npos);
     for (const char* setting :
-         {"Amnt=", "Amnt=1x", "TuOn=yes", "Style=3", "Style=0.5", "Cent=1", "Cent=1,2,3", "Cent=1;2",
+         {"Amnt=", "Amnt=1x", "TuOn=perhaps", "Style=3", "Style=0.5", "Cent=1", "Cent=1,2,3", "Cent=1;2",
           "Amnt=@", "Amnt=@5", "Amnt=@a:1", "Amnt=@1:", "Amnt=@inf:1", "Cent=@1:2", "Amnt=@1:2;3:4", "=1"})
         EXPECT_NE(WhyNot(setting), "") << setting;
 }

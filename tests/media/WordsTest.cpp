@@ -39,6 +39,9 @@ TEST(Words, TheNearestNameIsOfferedOnlyIfItIsNear) {
 TEST(Words, MessagesStayOnOneLine) {
     EXPECT_EQ(OneLine(" two\nlines\n\n"), "two lines");
     EXPECT_EQ(OneLine(""), "");
+    EXPECT_EQ(OneLine("a\x1b[2J\rb"), "a [2J b");
+    EXPECT_TRUE(IsUtf8("gr\xc3\xbc\xc3\x9f"));
+    for (const char* broken : {"\xff", "\xc3", "\xe2\x82", "\xc0\x80", "a\x80"}) EXPECT_FALSE(IsUtf8(broken));
 }
 
 TEST(FrameRange, SinglesRangesAndSteps) {
@@ -53,7 +56,7 @@ TEST(FrameRange, SinglesRangesAndSteps) {
 
 TEST(FrameRange, AnythingElseIsRefused) {
     for (const char* text : {"", "a", "1-", "-", "1-2-3", "1,,2", "4-1", "1-4x0", "1-4x-1", "1-4x", "1.5",
-                             "1 -2", "99999999999", "0-2000000000"})
+                             "1 -2", "99999999999", "0-2000000000", "1-9000000,10000000-19000000"})
         EXPECT_THROW(ParseFrames(text), UsageError) << text;
 }
 
@@ -72,6 +75,18 @@ TEST(FilePattern, BothWaysOfWritingANumber) {
     EXPECT_EQ(FilePattern("%d").At(-4), "-4");
     EXPECT_EQ(FilePattern("f.%04d.png").At(-4), "f.-004.png");
     EXPECT_EQ(FilePattern("a.%03d.%04d.png").At(1), "a.001.%04d.png") << "the first pattern counts";
+    EXPECT_EQ(FilePattern("a.%4d.png").At(7), "a.0007.png");
+    EXPECT_EQ(FilePattern("a.@@@.png").At(7), "a.007.png");
+    EXPECT_EQ(FilePattern("a.$F4.png").At(7), "a.0007.png");
+    EXPECT_EQ(FilePattern("a.$F.png").At(7), "a.7.png");
+    EXPECT_TRUE(FilePattern(std::string(100000, '#')).IsSequence());
+}
+
+TEST(FilePattern, AFileOfThatVeryNameIsNoSequence) {
+    const Folder folder;
+    folder.Put("shot #2.png", "");
+    EXPECT_FALSE(FilePattern(folder / "shot #2.png").IsSequence());
+    EXPECT_TRUE(FilePattern(folder / "shot #3.png").IsSequence());
 }
 
 TEST(FilePattern, FoldersAndOtherSignsAreNoPatterns) {
