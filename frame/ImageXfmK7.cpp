@@ -86,6 +86,10 @@ void ImageXfmK7::RunExternalChunks(PluginK7* core, ExternalWorker worker, int ro
     core->RunExternalChunks(worker, rows, xfm);
 }
 
+bool ImageXfmK7::IsAborted() const {
+    return DispatchContext && DispatchContext->Operator && DispatchContext->Operator->AbortRaised();
+}
+
 void ImageXfmK7::Run(ExternalWorker worker, int lines) {
     if (DispatchContext && Dispatch)
         Dispatch(DispatchContext, worker, lines, this);
@@ -158,7 +162,7 @@ bool ImageXfmK7::PlacePixels() {
 }
 
 void ImageXfmK7::CopyRows(int first, int last) {
-    for (int y = first; y <= last; ++y)
+    for (int y = first; y <= last && !IsAborted(); ++y)
         std::memcpy(PassDest->Rows[y], PassSource->Rows[y], PassDest->RowBytes());
 }
 
@@ -183,7 +187,7 @@ void ImageXfmK7::ResizeRows(int first, int last) {
         outOfMemory_ = true;
         return;
     }
-    for (int y = first; y <= last; ++y) {
+    for (int y = first; y <= last && !IsAborted(); ++y) {
         Widen(row.data(), PassSource->Rows[y], words);
         ResizeRow(row.data(), PassDest->Rows[y]);
     }
@@ -199,6 +203,7 @@ void ImageXfmK7::ResizeColumns(int first, int last) {
         const int words = static_cast<int>(std::min<std::int64_t>(end - from, kBlock));
         u16** out = PassDest->Rows;
         for (const Place& place : places_) {
+            if (IsAborted()) return;
             std::fill_n(sums, words, 0.0);
             for (std::int64_t t = place.firstTap; t < place.endTap; ++t) {
                 const Tap& tap = taps_[static_cast<std::size_t>(t)];

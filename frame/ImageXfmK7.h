@@ -57,6 +57,7 @@ private:
         double total;
     };
 
+    bool IsAborted() const;
     void Run(ExternalWorker worker, int lines);
     int RunPass(const K7Image* source, K7Image* dest, bool alongRows);
     bool PlacePixels();

@@ -64,11 +64,11 @@ public:
         , endX_(static_cast<float>(field.Width - 2))
         , endY_(static_cast<float>(field.Height - 2)) {}
 
-    void ClearRows() const {
-        const std::size_t begin = Cell(0, first_, canvas_.Width);
-        const std::size_t end = Cell(0, last_ + 1, canvas_.Width);
-        std::fill(canvas_.Colour + kChannels * begin, canvas_.Colour + kChannels * end, 0.0f);
-        std::fill(canvas_.Weight + begin, canvas_.Weight + end, 0.0f);
+    void ClearRow(int y) const {
+        const std::size_t start = Cell(0, y, canvas_.Width);
+        const auto cells = static_cast<std::size_t>(canvas_.Width);
+        std::fill_n(canvas_.Colour + kChannels * start, kChannels * cells, 0.0f);
+        std::fill_n(canvas_.Weight + start, cells, 0.0f);
     }
 
     /// Whether anything that starts in a row can come into the chunk's rows.
@@ -211,50 +211,48 @@ void BlurRenderer::RenderBlur(PluginK7& core, K7Image& output, const K7Image& pr
 
     // Fill the canvas. A chunk owns its rows of it, but paths come into them from anywhere in the frame.
     const int height = field.Height;
-    RunRows(core, height, [&](int first, int last) { FindReach(field, first, last); });
+    RunRows(core, height, [&](int first, int last) {
+        for (int y = first; y <= last && !core.IsAborted(); ++y) FindReach(field, y);
+    });
     RunRows(core, height, [&](int first, int last) {
         if (first > last) return;
         const Splatter splatter(levels_[0], previous, current, field, paths, first, last);
-        splatter.ClearRows();
+        for (int y = first; y <= last && !core.IsAborted(); ++y) splatter.ClearRow(y);
         for (int y = 0; y < height && !core.IsAborted(); ++y)
             if (splatter.Meets(y, reach_[static_cast<std::size_t>(y)])) splatter.SplatRow(y);
     });
 
     // Make the coarser levels and take each pixel from all of them.
     for (int l = 1; l < levelCount_; ++l)
-        RunRows(core, levels_[l].Height,
-                [&](int first, int last) { HalveRows(levels_[l - 1], levels_[l], first, last); });
+        RunRows(core, levels_[l].Height, [&](int first, int last) {
+            for (int y = first; y <= last && !core.IsAborted(); ++y) HalveRow(levels_[l - 1], levels_[l], y);
+        });
     RunRows(core, height, [&](int first, int last) {
-        for (int y = first; y <= last; ++y) ResolveRow(output, y);
+        for (int y = first; y <= last && !core.IsAborted(); ++y) ResolveRow(output, y);
     });
 }
 
-void BlurRenderer::FindReach(const MotionField& field, int first, int last) {
-    for (int y = first; y <= last; ++y) {
-        const float* dy = field.Dy + Cell(0, y, field.Width);
-        RowReach reach = {0.0f, 0.0f};
-        for (int x = 0; x < field.Width; ++x) {
-            reach.low = dy[x] < reach.low ? dy[x] : reach.low;
-            reach.high = dy[x] > reach.high ? dy[x] : reach.high;
-        }
-        reach_[static_cast<std::size_t>(y)] = reach;
+void BlurRenderer::FindReach(const MotionField& field, int y) {
+    const float* dy = field.Dy + Cell(0, y, field.Width);
+    RowReach reach = {0.0f, 0.0f};
+    for (int x = 0; x < field.Width; ++x) {
+        reach.low = dy[x] < reach.low ? dy[x] : reach.low;
+        reach.high = dy[x] > reach.high ? dy[x] : reach.high;
     }
+    reach_[static_cast<std::size_t>(y)] = reach;
 }
 
-void BlurRenderer::HalveRows(const Level& source, const Level& target, int first, int last) {
-    for (int y = first; y <= last; ++y)
-        for (int x = 0; x < target.Width; ++x) {
-            const std::size_t a = Cell(2 * x, 2 * y, source.Width);
-            const std::size_t c = a + static_cast<std::size_t>(source.Width);
-            const std::size_t to = Cell(x, y, target.Width);
-            const auto colour = [&](std::size_t cell) {
-                return LoadFloat4(source.Colour + kChannels * cell);
-            };
-            StoreFloat4(target.Colour + kChannels * to,
-                        (colour(a) + colour(a + 1) + colour(c) + colour(c + 1)) * 0.25f);
-            const float* weight = source.Weight;
-            target.Weight[to] = (weight[a] + weight[a + 1] + weight[c] + weight[c + 1]) * 0.25f;
-        }
+void BlurRenderer::HalveRow(const Level& source, const Level& target, int y) {
+    for (int x = 0; x < target.Width; ++x) {
+        const std::size_t a = Cell(2 * x, 2 * y, source.Width);
+        const std::size_t c = a + static_cast<std::size_t>(source.Width);
+        const std::size_t to = Cell(x, y, target.Width);
+        const auto colour = [&](std::size_t cell) { return LoadFloat4(source.Colour + kChannels * cell); };
+        StoreFloat4(target.Colour + kChannels * to,
+                    (colour(a) + colour(a + 1) + colour(c) + colour(c + 1)) * 0.25f);
+        const float* weight = source.Weight;
+        target.Weight[to] = (weight[a] + weight[a + 1] + weight[c] + weight[c + 1]) * 0.25f;
+    }
 }
 
 void BlurRenderer::ResolveRow(K7Image& output, int y) const {

@@ -51,8 +51,8 @@ private:
 
     class Splatter;
 
-    void FindReach(const MotionField& field, int first, int last);
-    static void HalveRows(const Level& source, const Level& target, int first, int last);
+    void FindReach(const MotionField& field, int y);
+    static void HalveRow(const Level& source, const Level& target, int y);
     void ResolveRow(K7Image& output, int y) const;
 
     int levelCount_ = 0;

@@ -44,10 +44,14 @@ public:
 
     explicit operator bool() const { return padded_ && sums_ && ring_; }
 
-    void WriteRows(int first, int last, const GreyLevel& target) {
+    void WriteRows(const PluginK7& core, int first, int last, const GreyLevel& target) {
         int next = std::max(first - half_, 0); // first row that is not in the ring
-        for (int y = first; y <= last; ++y) {
-            while (next <= std::min(y + half_, picture_.Height - 1)) BlurRow(next++);
+        for (int y = first; y <= last && !core.IsAborted(); ++y) {
+            const int end = std::min(y + half_, picture_.Height - 1);
+            while (next <= end) {
+                if (core.IsAborted()) return;
+                BlurRow(next++);
+            }
             WriteRow(y, target.Row(y));
         }
     }
@@ -116,7 +120,7 @@ LumaRange FindLumaRange(PluginK7& core, const K7Image& first, const K7Image& sec
     RunRows(core, first.Height, [&](int firstRow, int lastRow) {
         int low = std::numeric_limits<int>::max();
         int high = 0;
-        for (int y = firstRow; y <= lastRow; ++y)
+        for (int y = firstRow; y <= lastRow && !core.IsAborted(); ++y)
             for (const K7Image* picture : {&first, &second}) {
                 const u16* pixel = picture->Rows[y];
                 for (int x = 0; x < picture->Width; ++x, pixel += K7Image::Channels) {
@@ -171,11 +175,11 @@ bool GreyPyramid::Fill(PluginK7& core, const K7Image& picture, LumaRange range, 
         if (first > last) return;
         GreyBlur blur(picture, range, kernel);
         if (blur)
-            blur.WriteRows(first, last, levels_[0]);
+            blur.WriteRows(core, first, last, levels_[0]);
         else
             failed = true;
     });
-    for (int l = 1; l < kLevels; ++l) HalveLevel(levels_[l - 1], levels_[l]);
+    for (int l = 1; l < kLevels && !core.IsAborted(); ++l) HalveLevel(levels_[l - 1], levels_[l]);
     return !failed;
 }
 

@@ -54,6 +54,7 @@ const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const K7Image
                                                    const K7Image& current, const MotionSearch& search) {
     // Grey frames over their joint range, so that a global fade between them stays in.
     const LumaRange range = FindLumaRange(core, previous, current);
+    if (core.IsAborted()) return nullptr; // the range may be that of no pixel at all
     const auto widest = static_cast<float>(std::max({field_.Width, field_.Height, kWidestBlur}));
     const Buffer<float> kernel = MakeBlurKernel(std::min(search.PreBlur, widest));
     for (int i = 0; i < 2 && range.low == range.high; ++i)
@@ -74,8 +75,8 @@ const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const K7Image
     FilterOutliers(search.OutlierLimit);
 
     // Vectors of all pixels.
-    RunRows(core, field_.Height, [this](int first, int last) {
-        for (int y = first; y <= last; ++y) {
+    RunRows(core, field_.Height, [&](int first, int last) {
+        for (int y = first; y <= last && !core.IsAborted(); ++y) {
             DensifyRow(y);
             ClearStill(y);
         }

@@ -59,10 +59,12 @@ void OperatorK7::RunFrameIn(Request* request) {
     if (!input) return; // without a picture, or memory for it, there is no output
     const auto second = ReadSecondImage(request, main, *input);
     ReadFrameValues(request);
+    if (AbortFlag) return;
     const auto output = HostToK7Image<Sample>(main);
     if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
 
     RunCore(input.get(), second.get(), output.get());
+    if (AbortFlag) return; // before the work of converting what nobody takes
     Image* result = K7ImageToHost(*main, *output);
     if (!result) return;
     if (AbortFlag)
