@@ -15,6 +15,7 @@ public:
         Add(core.DiRe, {"Direction", "DiRe"}, Combo{{"Both", "Horizontal", "Vertical"}});
         AddMainImage(core.Input, "Input");
         AddImageOutput(core.Output);
+        AddDepthSwitch();
     }
 };
 

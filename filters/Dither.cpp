@@ -34,13 +34,14 @@ struct Scatter {
 } // namespace
 
 void Dither::Process() {
-    RunChunks(WorkerOf<&Dither::ScatterRows>, Input.Image->Height);
-    if (!IsAborted() && !ProcessAlpha) Output.Image->CopyAlpha(Input.Image);
+    InDepth(Input, Output, [&](const auto& in, auto& out) {
+        RunRows(*this, in.Height, [&](int first, int last) { ScatterRows(in, out, first, last); });
+        if (!IsAborted() && !ProcessAlpha) out.CopyAlpha(&in);
+    });
 }
 
-void Dither::ScatterRows(int first, int last) {
-    const K7Image& in = *Input.Image;
-    const K7Image& out = *Output.Image;
+template <class Sample>
+void Dither::ScatterRows(const PictureK7<Sample>& in, const PictureK7<Sample>& out, int first, int last) {
     const double box = static_cast<double>(static_cast<float>(out.Width)) * (Radius.Value / 10.0);
     const Scatter across(box);
     const Scatter along(box * in.AspectX / in.AspectY);
@@ -49,18 +50,17 @@ void Dither::ScatterRows(int first, int last) {
 
     std::uint32_t state = SeedAt(Time);
     for (int y = first; y <= last && !IsAborted(); ++y) {
-        u16* to = out.Rows[y];
-        for (int x = 0; x < in.Width; ++x, to += K7Image::Channels) {
+        Sample* to = out.Rows[y];
+        for (int x = 0; x < in.Width; ++x, to += in.Channels) {
             int fromX = horizontal ? across(&state) + x : x;
             int fromY = vertical ? along(&state) + y : y;
             if (DpEd.Value) {
                 fromX = std::clamp(fromX, 0, in.Width - 1);
                 fromY = std::clamp(fromY, 0, in.Height - 1);
             }
-            constexpr std::size_t pixel = K7Image::Channels * sizeof(u16);
+            constexpr std::size_t pixel = 4 * sizeof(Sample);
             if (fromX >= 0 && fromX < in.Width && fromY >= 0 && fromY < in.Height)
-                std::memcpy(to, in.Rows[fromY] + static_cast<std::ptrdiff_t>(fromX) * K7Image::Channels,
-                            pixel);
+                std::memcpy(to, in.Rows[fromY] + static_cast<std::ptrdiff_t>(fromX) * in.Channels, pixel);
             else
                 std::memset(to, 0, pixel);
         }

@@ -21,7 +21,8 @@ public:
     void Process() override;
 
 private:
-    void TraceRows(int first, int last);
+    template <class Sample>
+    void TraceRows(const PictureK7<Sample>& in, const PictureK7<Sample>& out, int first, int last);
 };
 
 } // namespace k7

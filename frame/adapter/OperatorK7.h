@@ -79,10 +79,6 @@ public:
     void NotifyChanged(host::Input* in, host::Parameter* param, double time, host::TagList* tags) override;
     void ProcessChunk(host::Request* request, long index) override;
 
-    /// Adds the switch between words, its default, and floats. Once, behind all rows of the tool's own
-    /// tables.
-    void AddDepthSwitch();
-
 protected:
     /// Makes the effect's core, which this operator owns.
     template <class Core>
@@ -108,6 +104,10 @@ protected:
     void AddMainImage(ImageInputK7& slot, const char* name);
     void AddSecondImage(ImageInputK7& slot, const char* name, SecondImage use);
     void AddImageOutput(ImageOutputK7& slot);
+
+    /// Adds the switch between words, its default, and floats, behind all rows of the tool's own tables. For
+    /// a core that works in both.
+    void AddDepthSwitch();
 
     /// What happens when the user, or a script, changes a control. Own writes (`Changing`) do not come here.
     using Reaction = std::function<void(double time)>;

@@ -3,7 +3,6 @@
 #include "frame/adapter/HostNames.h"
 #include "frame/adapter/OperatorK7.h"
 
-#include <memory>
 #include <new>
 
 namespace k7 {
@@ -45,9 +44,7 @@ public:
 private:
     static host::Object* Create(host::Registry* registry, host::ScriptVal& value, host::TagList& tags) {
         try {
-            auto tool = std::make_unique<Tool>(OperatorArguments{registry, value, tags});
-            tool->AddDepthSwitch();
-            return tool.release();
+            return new Tool(OperatorArguments{registry, value, tags});
         } catch (const std::bad_alloc&) {
             return nullptr;
         }

@@ -24,6 +24,16 @@ void PlainChunk(const K7Image& in, const K7Image& out, int first, int last, std:
         }
 }
 
+TEST(Dither, FloatsTakeTheSameWayAsWordsAndKeepTheirValues) {
+    const Picture in = Noise(50, 21);
+    for (float gain : {1.0f, 8.0f, -1.0f}) {
+        CoreRunner<Dither> runner;
+        runner.core.Radius.Value = 1.5;
+        const Picture words = runner.Run(*in, 2);
+        EXPECT_TRUE(Same(*runner.Run(*Floats(*in, gain), 2), *Floats(*words, gain)));
+    }
+}
+
 TEST(Dither, ScattersEveryChunkFromTheSameSeed) {
     const Picture in = Noise(50, 21);
     in->AspectX = 2.0;

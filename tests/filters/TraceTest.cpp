@@ -47,6 +47,24 @@ TEST(Trace, MarksEveryCrossingOnEverySize) {
             }
 }
 
+TEST(Trace, FloatsOfWordsAreMarkedAsTheWords) {
+    const Picture in = Noise(23, 17);
+    const auto floats = Floats(*in, 1.0f);
+    floats->Pixels[40] = 5.0f * kFullScale; // brighter than white
+    for (double percent : {0.0, 31.0, 50.0, 99.9})
+        for (bool over : {false, true}) {
+            in->Pixels[40] = kFullScale;
+            CoreRunner<Trace> runner;
+            runner.core.Leve.Value = percent;
+            runner.core.Over.Value = over;
+            const FloatPicture got = runner.Run(*floats);
+            const FloatPicture want = Floats(*RunTrace(*in, percent, over, false));
+            if (over && want->Pixels[40] == kFullScale && got->Pixels[40] > kFullScale)
+                want->Pixels[40] = floats->Pixels[40];
+            EXPECT_TRUE(Same(*got, *want)) << percent;
+        }
+}
+
 TEST(Trace, LevelsBeyondAllWordsMarkNothing) {
     const Picture in = Noise(11, 9);
     const Picture black = Flat(11, 9, 0);
