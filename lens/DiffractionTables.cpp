@@ -1,6 +1,7 @@
 #include "lens/DiffractionTables.h"
 
 #include "lens/LineStepper.h"
+#include "library/Chunks.h"
 #include "library/Numbers.h"
 
 #include <algorithm>
@@ -152,6 +153,7 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
     std::array<double, kSamples> spectrum;
     Real norm = 0;
     for (int i = 0; i < entries; ++i) {
+        if (AbortRequested()) break;
         const Real angle = std::max(static_cast<Real>(i) * step, kSmallestAngle);
         const double sine = Sine(angle);
         std::transform(halfWaveNumbers.begin(), halfWaveNumbers.end(), spectrum.begin(),
@@ -162,7 +164,7 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
         const auto gain = [&](double value) { return Unit(static_cast<Real>(value * norm)) * grating.Gain; };
         table.Entries[static_cast<std::size_t>(i)] = {gain(rgb[0]), gain(rgb[1]), gain(rgb[2]), 0};
     }
-    return clr.Destroy();
+    return clr.Destroy() && !AbortRequested();
 }
 
 template <class Real>
@@ -173,7 +175,8 @@ bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, HaloKer
     if (!square.Entries) return false;
 
     DiffractionEntry<Real>* to = square.Entries.begin();
-    for (int dy = -radius; dy <= radius; ++dy)
+    for (int dy = -radius; dy <= radius; ++dy) {
+        if (AbortRequested()) return false;
         for (int dx = -radius; dx <= radius; ++dx, ++to) {
             const float distance = PixelDistance(static_cast<float>(dx), static_cast<float>(dy), aspect);
             const int i = Trunc(distance);
@@ -186,6 +189,7 @@ bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, HaloKer
             const Real f = distance - static_cast<float>(i);
             *to = {a.R + (b.R - a.R) * f, a.G + (b.G - a.G) * f, a.B + (b.B - a.B) * f, 0};
         }
+    }
     return true;
 }
 
@@ -193,7 +197,7 @@ template <class Real>
 void AddFringes(HaloKernel<Real>& halo, int count, Real strength, float aspect, Ran1& random) {
     const Real r = static_cast<Real>(halo.Radius);
     const Real most = Unit(strength);
-    for (int i = 0; i < std::min(count, kMostFringes); ++i) {
+    for (int i = 0; i < std::min(count, kMostFringes) && !AbortRequested(); ++i) {
         const Real u1 = random();
         const Real u2 = random();
         const Real u3 = random();
@@ -243,13 +247,15 @@ bool BuildGlowKernel(Real radius, Real strength, float aspect, Ran1& random, Glo
 
     Real sum = 0;
     std::size_t cell = 0;
-    for (int dy = -glow.Radius; dy <= glow.Radius; ++dy)
+    for (int dy = -glow.Radius; dy <= glow.Radius; ++dy) {
+        if (AbortRequested()) return false;
         for (int dx = -glow.Radius; dx <= glow.Radius; ++dx, ++cell) {
             const float distance = PixelDistance(static_cast<float>(dx), static_cast<float>(dy), aspect);
             const Real cone = std::max<Real>((radius - distance) / radius, 0);
             glow.Weights[cell] = random() * cone;
             sum += glow.Weights[cell];
         }
+    }
     const Real scale = radius * strength / sum;
     for (Real& weight : glow.Weights) weight *= scale;
     return true;
@@ -272,7 +278,7 @@ bool FlareTables<Real>::MakeHalo(CLRK7& clr, const HaloInputs<Real>& inputs, Ran
         if (!BuildDiffractionTable(clr, slit, count, count, radial)) return false;
         if (!MakeSquareTable(radial, inputs.Aspect, halo)) return false;
         AddFringes(halo, inputs.Fringes, inputs.FringeGain, inputs.Aspect, random);
-        return true;
+        return !AbortRequested();
     });
 }
 

@@ -134,11 +134,11 @@ void Flare::SelectRows(int first, int last) {
 }
 
 void Flare::AccumulateRows(int first, int last) {
-    Accumulation.AccumulateLights(this, first, last);
+    Accumulation.AccumulateLights(first, last);
 }
 
 void Flare::CombineFrame(int first, int last) {
-    CombineRows(*Background.Image, *Output.Image, this, first, last);
+    CombineRows(*Background.Image, *Output.Image, first, last);
 }
 
 // Controls that follow others.

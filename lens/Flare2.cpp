@@ -125,11 +125,11 @@ void Flare2::BlackRows(int first, int last) {
 }
 
 void Flare2::AccumulateRows(int first, int last) {
-    Accumulation.AccumulateLights(nullptr, first, last);
+    Accumulation.AccumulateLights(first, last);
 }
 
 void Flare2::CombineFrame(int first, int last) {
-    CombineRows(*Background.Image, *Output.Image, nullptr, first, last);
+    CombineRows(*Background.Image, *Output.Image, first, last);
 }
 
 // Controls that follow others.

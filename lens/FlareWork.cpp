@@ -1,6 +1,7 @@
 #include "lens/FlareWork.h"
 
 #include "frame/PluginK7.h"
+#include "library/Chunks.h"
 #include "library/Numbers.h"
 
 #include <algorithm>
@@ -136,7 +137,10 @@ bool FlareWork<Real>::CollectLights(int centreX, int centreY) {
     if (!lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>)) return false;
     const bool ghosts = WorkGhosts >= 1 && WorkReflectivity >= static_cast<Real>(0.00001);
     if (!ghosts || Width < 2 || Height < 2) return true;
-    for (const Light& light : lights_) AddGhosts(light, centreX, centreY);
+    for (const Light& light : lights_) {
+        if (AbortRequested()) return false;
+        AddGhosts(light, centreX, centreY);
+    }
     return lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>);
 }
 
@@ -147,8 +151,8 @@ bool FlareWork<Real>::PrepareLights() {
 }
 
 template <class Real>
-void FlareWork<Real>::CombineRows(const K7Image& background, const K7Image& output, const PluginK7* core,
-                                  int first, int last) const {
+void FlareWork<Real>::CombineRows(const K7Image& background, const K7Image& output, int first,
+                                  int last) const {
     const auto curve = [table = contrastTable_.data()](Real level) -> int {
         constexpr Real kLast = kContrastEntries - 1;
         const Real entry = level + Real(0.5);
@@ -157,7 +161,7 @@ void FlareWork<Real>::CombineRows(const K7Image& background, const K7Image& outp
     const LightPlanes<Real> planes = Accumulation.Planes();
     const PixelBox& box = planes.Box;
     for (int y = box.Bottom + first; y <= box.Bottom + last; ++y) {
-        if (core && core->IsAborted()) return;
+        if (AbortRequested()) return;
         const std::size_t left = static_cast<std::size_t>(box.Left) * K7Image::Channels;
         const u16* from = background.Rows[y] + left;
         u16* to = output.Rows[y] + left;

@@ -38,10 +38,8 @@ protected:
     [[nodiscard]] bool PrepareLights();
 
     /// Adds rows `first` to `last` of the planes to the background, and writes the sum into `output`, which
-    /// holds the background elsewhere. `core`, unless null, is asked at each row whether the frame is
-    /// aborted.
-    void CombineRows(const K7Image& background, const K7Image& output, const PluginK7* core, int first,
-                     int last) const;
+    /// holds the background elsewhere.
+    void CombineRows(const K7Image& background, const K7Image& output, int first, int last) const;
 
     /// Gives back what lives for one frame only.
     void Finish();

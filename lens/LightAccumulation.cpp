@@ -1,7 +1,7 @@
 #include "lens/LightAccumulation.h"
 
 #include "baselib/Vector.h"
-#include "frame/PluginK7.h"
+#include "library/Chunks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -97,26 +97,24 @@ PixelBox LightAccumulation<Real>::Reach() const {
 }
 
 template <class Real>
-void LightAccumulation<Real>::AccumulateLights(const PluginK7* core, int first, int last) {
+void LightAccumulation<Real>::AccumulateLights(int first, int last) {
     // Lights touch cells in no order that a cache could foresee, so that all of them go to a band of rows
     // that the cache holds before the next band has its turn.
     const std::size_t rowBytes = static_cast<std::size_t>(std::max(box_.Width(), 1)) * sizeof(LightSum<Real>);
     const int band = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, kLeastBandRows));
     for (int y = first; y <= last; y += band)
-        AccumulateBand(core, box_.Bottom + y, box_.Bottom + std::min(y + band - 1, last));
+        AccumulateBand(box_.Bottom + y, box_.Bottom + std::min(y + band - 1, last));
 }
 
 template <class Real>
-void LightAccumulation<Real>::AccumulateBand(const PluginK7* core, int first, int last) {
+void LightAccumulation<Real>::AccumulateBand(int first, int last) {
     const LightPlanes<Real> planes = Planes();
     std::fill(&planes.At(box_.Left, first), &planes.At(box_.Left, last) + box_.Width(), LightSum<Real>{});
 
     const HaloKernel<Real>& halo = tables_->Halo();
     const GlowKernel<Real>& glow = tables_->Glow();
-    int row = -1;
     for (const Light& light : *lights_) {
-        if (core && light.Y != row && core->IsAborted()) return;
-        row = light.Y;
+        if (AbortRequested()) return;
         AddKernel(light, halo.Radius, halo.Entries.data(), planes, frame_.Right, first, last);
         streaks_.Add(light, planes, first, last);
         AddKernel(light, glow.Radius, glow.Weights.data(), planes, frame_.Right, first, last);

@@ -7,8 +7,6 @@
 
 namespace k7 {
 
-class PluginK7;
-
 /// Scatters lights into planes. Workers share it by rows of the planes: each goes through all lights and
 /// writes to its rows alone. A cell gets its sum in the order of the lights, and from each light halo,
 /// streaks, glow, whoever works on it.
@@ -26,15 +24,14 @@ public:
     /// The part of the frame that the planes cover.
     const PixelBox& Box() const { return box_; }
 
-    /// Makes rows `first` to `last` of the planes, counted from the bottom of the box. `core`, unless null,
-    /// is asked at each row of lights whether the frame is aborted.
-    void AccumulateLights(const PluginK7* core, int first, int last);
+    /// Makes rows `first` to `last` of the planes, counted from the bottom of the box.
+    void AccumulateLights(int first, int last);
 
     LightPlanes<Real> Planes() const { return {cells_.data(), box_}; }
 
 private:
     PixelBox Reach() const;
-    void AccumulateBand(const PluginK7* core, int first, int last);
+    void AccumulateBand(int first, int last);
 
     const LightList* lights_ = nullptr;
     const FlareTables<Real>* tables_ = nullptr;

@@ -1,5 +1,7 @@
 #include "lens/Lights.h"
 
+#include "library/Chunks.h"
+
 #include <algorithm>
 
 namespace k7 {
@@ -8,7 +10,7 @@ namespace {
 
 template <class Visit>
 void ForLights(const K7Image& map, const PixelBox& box, Visit visit) {
-    for (int y = box.Bottom; y < box.Top; ++y) {
+    for (int y = box.Bottom; y < box.Top && !AbortRequested(); ++y) {
         const u16* pixel = map.Rows[y] + static_cast<std::size_t>(box.Left) * K7Image::Channels;
         for (int x = box.Left; x < box.Right; ++x, pixel += K7Image::Channels)
             if (pixel[0] | pixel[1] | pixel[2]) visit(Light{x, y, pixel[0], pixel[1], pixel[2]});
@@ -20,11 +22,12 @@ void ForLights(const K7Image& map, const PixelBox& box, Visit visit) {
 bool LightList::Collect(const K7Image& lightMap, const PixelBox& box, const char* source) {
     std::size_t count = 0;
     ForLights(lightMap, box, [&](const Light&) { ++count; });
+    if (AbortRequested()) return false; // before memory is filled that nobody will use
     lights_ = Buffer<Light>(count, source, __LINE__);
     if (lights_.size() != count) return false;
     Light* next = lights_.begin();
     ForLights(lightMap, box, [&](const Light& light) { *next++ = light; });
-    return true;
+    return !AbortRequested();
 }
 
 PixelBox LightList::Bounds() const {

@@ -1,6 +1,7 @@
 #include "lens/Streaks.h"
 
 #include "lens/LineStepper.h"
+#include "library/Chunks.h"
 #include "library/Numbers.h"
 
 #include <algorithm>
@@ -104,6 +105,7 @@ void StreakSet<Real>::KeepSteps(const PixelBox& lights) {
 
     std::size_t next = 0;
     for (Arm& arm : arms_) {
+        if (AbortRequested()) return;
         arm.First = next;
         Walk(arm, arm.Dx, arm.Dy, reachable, [&](const Step& step) { steps_[next++] = step; });
         arm.Count = next - arm.First;
@@ -178,6 +180,7 @@ void StreakSet<Real>::Add(const Light& light, const LightPlanes<Real>& planes, i
 
     const Window window = {-light.X, setup_.Width - 1 - light.X, first - 1 - light.Y, last + 1 - light.Y};
     for (const Arm& arm : arms_) {
+        if (AbortRequested()) return;
         const std::int64_t dx = EndFrom(light.X, arm.AlongX);
         const std::int64_t dy = EndFrom(light.Y, arm.AlongY);
         if (arm.Count == 0 || dx != arm.Dx || dy != arm.Dy) {

@@ -56,6 +56,10 @@ void RunChunk(ChunkRecord& record, PluginK7* core, int index) {
         record.ImageFunction(record.ImageContext, first, last, record.Threads);
 }
 
+bool AbortRequested() {
+    return currentChunks && currentChunks->Owner->AbortRaised();
+}
+
 void ReportMessage(const char* text) {
     if (currentChunks) currentChunks->Owner->TakeMessage(text);
 }

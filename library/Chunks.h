@@ -77,6 +77,10 @@ void RunImageRows(int rows, Work&& work) {
 /// Runs chunk `index` of the dispatch that stands in the record. `core` is the context of core workers.
 void RunChunk(ChunkRecord& record, PluginK7* core, int index);
 
+/// True once the owner of the current record has been asked to abandon the frame; false outside of a frame.
+/// What an aborted frame holds is never used, so work of every kind may stop half-way.
+bool AbortRequested();
+
 /// Says that something went wrong; the text goes to the owner of the current record, or nowhere.
 void ReportMessage(const char* text);
 

@@ -124,7 +124,7 @@ void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int c
     const LineStore store(kernel, lines, channels);
     if (!kernel.weights || !store) return ReportMessage(kNoKernelMessage);
 
-    for (int first = 0; first < count; first += kBlockLines) {
+    for (int first = 0; first < count && !AbortRequested(); first += kBlockLines) {
         const int used = std::min(kBlockLines, count - first);
         const std::ptrdiff_t at = first * lines.across;
         store.Load(source.Pixels + at, used);

@@ -113,7 +113,7 @@ public:
         , line_(line) {}
 
     K7_ALWAYS_INLINE void Filter(int first, int last) {
-        for (int i = first; i <= last; i += kLines) {
+        for (int i = first; i <= last && !AbortRequested(); i += kLines) {
             const Block block(pass_.lines, i, last);
             Forward(block);
             Backward(block);

@@ -1,5 +1,7 @@
 #include "library/NumberTransform.h"
 
+#include "library/Chunks.h"
+
 #include <array>
 #include <bit>
 
@@ -57,6 +59,12 @@ FieldNumber RootFor(const std::array<FieldNumber, kMostDoublings + 1>& roots, st
     return roots[static_cast<std::size_t>(std::countr_zero(length))];
 }
 
+/// Whether the frame is aborted; short transforms are over before it is worth asking.
+bool IsStopped(std::size_t length) {
+    constexpr std::size_t kWorthAsking = std::size_t{1} << 12;
+    return length >= kWorthAsking && AbortRequested();
+}
+
 } // namespace
 
 FieldNumber FieldMultiply(FieldNumber a, FieldNumber b) {
@@ -71,7 +79,7 @@ FieldNumber FieldInverse(std::size_t length) {
 // but the longest lengths are worked on in the cache.
 
 void ForwardTransform(FieldNumber* values, std::size_t length) {
-    if (length < 2) return;
+    if (length < 2 || IsStopped(length)) return;
     const std::size_t half = length / 2;
     const FieldNumber root = RootFor(kRoots, length);
     FieldNumber turn = 1;
@@ -86,7 +94,7 @@ void ForwardTransform(FieldNumber* values, std::size_t length) {
 }
 
 void BackwardTransform(FieldNumber* values, std::size_t length) {
-    if (length < 2) return;
+    if (length < 2 || IsStopped(length)) return;
     const std::size_t half = length / 2;
     BackwardTransform(values, half);
     BackwardTransform(values + half, half);

@@ -1,6 +1,7 @@
 #include "library/KernelSums.h"
 
 #include "baselib/Buffer.h"
+#include "library/Chunks.h"
 #include "library/K7Image.h"
 #include "library/NumberTransform.h"
 
@@ -47,6 +48,7 @@ public:
             for (int x = 0; x < width_; ++x, word += K7Image::Channels) to[x] = *word;
         }
         ForwardTransform(numbers_.data(), length_);
+        if (AbortRequested()) return;
         for (std::size_t i = 0; i < length_; ++i) numbers_[i] = FieldMultiply(numbers_[i], weights_[i]);
         BackwardTransform(numbers_.data(), length_);
     }

@@ -79,9 +79,9 @@ void K7Image::UnsharpMask(float radius, float amount, const K7Image* source, boo
     const K7Image& from = source ? *source : *this;
     const double divisor = static_cast<double>(kernel.Sum);
     const float held = HeldAmount(amount);
-    for (int c = 0; c < (withAlpha ? 4 : 3); ++c) {
+    for (int c = 0; c < (withAlpha ? 4 : 3) && !AbortRequested(); ++c) {
         sums->Start(from, c);
-        for (int y = 0; y < Height; ++y) {
+        for (int y = 0; y < Height && !AbortRequested(); ++y) {
             sums->Row(y, row.data());
             SharpenRow(row.data(), divisor, held, Width, from.Rows[y] + c, Rows[y] + c);
         }

@@ -2,6 +2,7 @@
 
 #include "frame/ImageXfmK7.h"
 #include "frame/PluginK7.h"
+#include "library/Chunks.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,7 +40,7 @@ void Decode(const host::Image& source, K7Image& to) {
     const host::Image::Plane& plane0 = source.PlaneAccess[0];
     const host::Image::Plane& plane1 = source.PlaneAccess[1];
     host::Pixel pixel;
-    for (int y = 0; y < source.Height; ++y) {
+    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
         const std::byte* at0 = plane0.Row(y);
         const std::byte* at1 = plane1.Row(y);
         u16* word = to.Rows[y];
@@ -54,7 +55,7 @@ void Decode(const host::Image& source, K7Image& to) {
 }
 
 void Decode(const host::Image& source, FloatImageK7& to) {
-    for (int y = 0; y < source.Height; ++y) {
+    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
         float* row = to.Rows[y];
         source.ReadRow(y, row);
         for (int i = 0; i < source.Width * to.Channels; ++i) row[i] = FloatIn(row[i]);
@@ -65,7 +66,7 @@ void Encode(const K7Image& source, host::Image& to) {
     const host::Image::Plane& plane0 = to.PlaneAccess[0];
     const host::Image::Plane& plane1 = to.PlaneAccess[1];
     host::Pixel pixel;
-    for (int y = 0; y < source.Height; ++y) {
+    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
         std::byte* at0 = plane0.Row(y);
         std::byte* at1 = plane1.Row(y);
         const u16* word = source.Rows[y];
@@ -82,7 +83,7 @@ void Encode(const K7Image& source, host::Image& to) {
 void Encode(const FloatImageK7& source, host::Image& to) {
     const std::size_t samples = static_cast<std::size_t>(source.Width) * source.Channels;
     std::vector<float> row(samples);
-    for (int y = 0; y < source.Height; ++y) {
+    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
         std::transform(source.Rows[y], source.Rows[y] + samples, row.begin(), FloatOut);
         to.WriteRow(y, row.data());
     }
@@ -103,6 +104,7 @@ bool Fill(const host::Image& source, PictureK7<Sample>& target, PluginK7* core) 
     } else {
         return false;
     }
+    if (AbortRequested()) return false; // the picture may lack rows
     target.AspectX = source.AspectX;
     target.AspectY = source.AspectY;
     return true;

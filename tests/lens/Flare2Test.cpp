@@ -56,6 +56,29 @@ TEST_F(Flare2Frame, BoostIsTheSizeOfTheLight) {
     }
 }
 
+TEST_F(Flare2Frame, AnAbortAnywhereLeavesNothingForTheNextFrame) {
+    const Picture in = Noise(kWidth, kHeight);
+    core.GlowRadius.Value = 9.0;
+    const Picture want = Run(*in);
+    for (long asks : {0, 1, 5, 20, 100, 300, 1000, 3000}) {
+        core.StreakLength.Value = 70; // other tables than those that are kept
+        runner.owner.AsksLeft = asks;
+        Run(*in);
+        runner.owner.AsksLeft = -1;
+        core.StreakLength.Value = 75;
+        EXPECT_TRUE(Same(*Run(*in), *want)) << asks;
+        core.StreakLength.Value = 70;
+        runner.owner.AsksLeft = asks;
+        Run(*in);
+        runner.owner.AsksLeft = -1;
+        const Picture again = Run(*in); // with the tables that the abort has left
+        FlareStage<Flare2> fresh;
+        fresh.core.GlowRadius.Value = 9.0;
+        fresh.core.StreakLength.Value = 70;
+        EXPECT_TRUE(Same(*again, *fresh.Run(*in))) << asks;
+    }
+}
+
 TEST_F(Flare2Frame, SourceOutsideTheFrameGivesNoLight) {
     const Picture in = Noise(kWidth, kHeight);
     for (const auto& [x, y] : {std::pair{1.2, 0.5}, {0.5, -0.4}, {1e300, 0.5}, {0.5, -1e300}}) {

@@ -39,8 +39,7 @@ struct Scene {
         EXPECT_TRUE(accumulation.Prepare(lights, tables, setup, pairs, whole));
         const PixelBox& box = accumulation.Box();
         for (int i = chunks - 1; i >= 0; --i)
-            accumulation.AccumulateLights(nullptr, box.Height() * i / chunks,
-                                          box.Height() * (i + 1) / chunks - 1);
+            accumulation.AccumulateLights(box.Height() * i / chunks, box.Height() * (i + 1) / chunks - 1);
         std::vector<Real> sums(static_cast<std::size_t>(map->Width * map->Height * 3), 0);
         for (int y = box.Bottom; y < box.Top; ++y)
             for (int x = box.Left; x < box.Right; ++x) {

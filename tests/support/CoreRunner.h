@@ -34,7 +34,9 @@ public:
         for (int i : order) RunChunk(record, Core, i);
     }
 
-    bool AbortRaised() const override { return Aborted; }
+    bool AbortRaised() const override {
+        return Aborted || AsksLeft == 0 || (AsksLeft > 0 && --AsksLeft == 0);
+    }
 
     void TakeMessage(const char* text) override {
         const std::lock_guard lock(mutex_);
@@ -46,6 +48,7 @@ public:
     bool OnThreads = false;
     unsigned Seed = 1;
     std::atomic<bool> Aborted = false;
+    mutable std::atomic<long> AsksLeft = -1; ///< before the frame aborts by itself; -1: it does not
     std::vector<std::string> Messages;
 
 private:
