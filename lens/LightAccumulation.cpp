@@ -102,7 +102,7 @@ void LightAccumulation<Real>::AccumulateLights(int first, int last) {
     // that the cache holds before the next band has its turn.
     const std::size_t rowBytes = static_cast<std::size_t>(std::max(box_.Width(), 1)) * sizeof(LightSum<Real>);
     const int band = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, kLeastBandRows));
-    for (int y = first; y <= last; y += band)
+    for (int y = first; y <= last && !AbortRequested(); y += band)
         AccumulateBand(box_.Bottom + y, box_.Bottom + std::min(y + band - 1, last));
 }
 
