@@ -6,6 +6,8 @@
 #include "media/Words.h"
 
 #include <cstdio>
+#include <exception>
+#include <limits>
 #include <new>
 
 namespace app {
@@ -20,7 +22,7 @@ namespace {
 bool IsWhole(const std::string& path) {
     try {
         const Decoding quiet(path);
-        CheckedInput(path, {}).Spec(0);
+        CheckedInput(path, {std::numeric_limits<int>::max(), {}}).Spec(0);
         return true;
     } catch (const FrameError&) {
         return false;
@@ -46,6 +48,8 @@ void RenderJob::Attempt(int frame, const std::string& path, const std::function<
         why = error.what();
     } catch (const std::bad_alloc&) {
         why = path + ": there is not enough memory for this frame";
+    } catch (const std::exception& error) {
+        why = path + ": " + error.what(); // of a picture library
     }
     if (writing_ && writing_->frame != frame) FinishWriting(); // frames are told in their order
     failures_.emplace_back(frame, why);

@@ -223,7 +223,7 @@ template <class Real>
 void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain) {
     if (!(mono >= static_cast<Real>(0.00001))) return;
     const Real start = std::min<Real>(mono * gain, 1);
-    const Real slope = start / static_cast<Real>(std::max(table.Count - 1, 1));
+    const Real slope = start / static_cast<Real>(std::max(table.Count, 2) - 1);
     int i = 0;
     for (DiffractionEntry<Real>& entry : table.Entries) {
         const Real white = start - static_cast<Real>(i++) * slope;

@@ -58,11 +58,13 @@ void DivideByAlpha(Image& image) {
     });
 }
 
+float BrightnessOf(const float* rgb) {
+    if (rgb[0] == rgb[1] && rgb[0] == rgb[2]) return rgb[0];
+    return 0.2126f * rgb[0] + 0.7152f * rgb[1] + 0.0722f * rgb[2];
+}
+
 void TurnGrey(Image& image) {
-    Pass(image, image, [](float* rgba) {
-        if (rgba[0] == rgba[1] && rgba[0] == rgba[2]) return;
-        rgba[0] = 0.2126f * rgba[0] + 0.7152f * rgba[1] + 0.0722f * rgba[2];
-    });
+    Pass(image, image, [](float* rgba) { rgba[0] = BrightnessOf(rgba); });
 }
 
 } // namespace media

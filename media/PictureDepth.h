@@ -20,8 +20,10 @@ std::shared_ptr<host::Image> AtLeast(std::shared_ptr<host::Image> image, host::D
 void MultiplyByAlpha(host::Image& image);
 void DivideByAlpha(host::Image& image);
 
-/// Turns red into the brightness of the colour (Rec. 709), which is the grey itself where all three are
-/// equal.
+/// The brightness of a colour (Rec. 709), which is the grey itself where all three are equal.
+float BrightnessOf(const float* rgb);
+
+/// Turns red into the brightness of the colour.
 void TurnGrey(host::Image& image);
 
 } // namespace media

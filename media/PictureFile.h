@@ -45,8 +45,9 @@ struct Picture {
     int quality = 0;         ///< of a JPEG file, 1 to 100; 0 where it is not known
     OIIO::ImageSpec stored;  ///< the part of the file that the picture is; its metadata are handed on
     std::string path;        ///< where the file lies: what is not worked on is taken from there
-    int part = 0;            ///< of the file
-    ColourChannels colours;  ///< of that part
+    long long maxPixels = ReadLimits().maxPixels; ///< that the file was read under
+    int part = 0;                                 ///< of the file
+    ColourChannels colours;                       ///< of that part
 };
 
 /// Takes over the caller's reference.

@@ -6,6 +6,7 @@
 #include "media/PictureDepth.h"
 #include "media/PictureFile.h"
 #include "media/PixelType.h"
+#include "media/Windows.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,10 +82,9 @@ void FillPicture(Image& image, const CheckedInput& file, const Picture& picture)
     std::vector<std::byte> pixels(spec.image_pixels() * pixel);
     file.Read(picture.part, first, first + channels, PixelType(image.PixelDepth), pixels.data());
 
-    const int left = std::max(spec.full_x, spec.x);
-    const int right = std::min(spec.full_x + spec.full_width, spec.x + spec.width);
-    const int top = std::max(spec.full_y, spec.y);
-    const int bottom = std::min(spec.full_y + spec.full_height, spec.y + spec.height);
+    const Window data = DataWindow(spec), frame = DisplayWindow(spec);
+    const int left = std::max(frame.left, data.left), right = std::min(frame.right, data.right);
+    const int top = std::max(frame.top, data.top), bottom = std::min(frame.bottom, data.bottom);
     for (int y = top; y < bottom && left < right; ++y) {
         const std::size_t skipped =
             static_cast<std::size_t>(y - spec.y) * static_cast<std::size_t>(spec.width) +
@@ -138,6 +138,7 @@ Picture Decode(const std::string& path, const ReadOptions& options, int number) 
     const CheckedInput file(path, options.limits);
     Picture picture;
     picture.path = path;
+    picture.maxPixels = options.limits.maxPixels;
     picture.format = file.Format();
     if (number >= file.Pictures()) throw FrameError(path + ": has no picture " + std::to_string(number));
     ChooseColours(picture, file, path, options.layer, number);

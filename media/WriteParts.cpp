@@ -3,7 +3,9 @@
 #include "media/Decoding.h"
 #include "media/Errors.h"
 #include "media/FormatRules.h"
+#include "media/PictureDepth.h"
 #include "media/PixelType.h"
+#include "media/Windows.h"
 
 #include <OpenImageIO/deepdata.h>
 
@@ -17,17 +19,6 @@ namespace {
 using host::Image;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
-
-/// A rectangle of pixels; y grows downward.
-struct Window {
-    int left, top, right, bottom; ///< right and bottom lie one outside
-
-    bool Holds(int x, int y) const { return x >= left && x < right && y >= top && y < bottom; }
-};
-
-Window DataWindow(const ImageSpec& spec) {
-    return {spec.x, spec.y, spec.x + spec.width, spec.y + spec.height};
-}
 
 /// The data window with all pixels of the picture that are not black and transparent.
 Window Enlarged(const ImageSpec& spec, const Image& image) {
@@ -58,7 +49,8 @@ public:
         : image_(image)
         , colours_(like.colours)
         , source_(like.stored)
-        , window_(HasBlackOutside(like) ? Enlarged(like.stored, image) : DataWindow(like.stored))
+        , window_(DataWindow(like.stored).Holds(DisplayWindow(like.stored)) ? DataWindow(like.stored)
+                                                                            : Enlarged(like.stored, image))
         , spec_(like.stored) {
         spec_.x = window_.left;
         spec_.y = window_.top;
@@ -83,13 +75,6 @@ public:
     }
 
 private:
-    /// Whether black lies where the frame reaches beyond the file's pixels.
-    static bool HasBlackOutside(const Picture& like) {
-        const ImageSpec& s = like.stored;
-        return s.x > s.full_x || s.y > s.full_y || s.x + s.width < s.full_x + s.full_width ||
-               s.y + s.height < s.full_y + s.full_height;
-    }
-
     void SetDepth(TypeDesc type) {
         if (source_.channelformats.empty() && source_.nchannels == colours_.Count()) {
             spec_.format = type;
@@ -104,9 +89,7 @@ private:
     bool KeepsSomething() const {
         for (int c = 0; c < source_.nchannels; ++c)
             if (!colours_.Uses(c)) return true;
-        return source_.x < source_.full_x || source_.y < source_.full_y ||
-               source_.x + source_.width > source_.full_x + source_.full_width ||
-               source_.y + source_.height > source_.full_y + source_.full_height;
+        return !DisplayWindow(source_).Holds(DataWindow(source_));
     }
 
     /// Where a channel lies in a pixel.
@@ -143,7 +126,8 @@ private:
         for (int y = std::max(frame.top, window_.top);
              y < std::min(frame.bottom, window_.bottom) && left < right; ++y) {
             image_.ReadRow(image_.Height - 1 - (y - frame.top), row.data());
-            Colour(row);
+            if (colours_.grey)
+                for (std::size_t i = 0; i < row.size(); i += 4) row[i] = BrightnessOf(&row[i]);
             for (std::size_t c = 0; c < 4; ++c)
                 if (const int channel = colours_.from[c];
                     channel >= 0 && !(colours_.grey && (c == 1 || c == 2)))
@@ -154,14 +138,6 @@ private:
                         static_cast<OIIO::stride_t>(spec_.pixel_bytes(true)), OIIO::AutoStride,
                         OIIO::AutoStride);
         }
-    }
-
-    /// Grey channels take the brightness of the colour (Rec. 709).
-    void Colour(std::vector<float>& row) const {
-        if (!colours_.grey) return;
-        for (std::size_t i = 0; i < row.size(); i += 4)
-            if (row[i] != row[i + 1] || row[i] != row[i + 2])
-                row[i] = 0.2126f * row[i] + 0.7152f * row[i + 1] + 0.0722f * row[i + 2];
     }
 
     const Image& image_;
@@ -188,7 +164,7 @@ void WriteParts(Encoder& encoder, const std::string& path, const Image& image, c
                 const WriteOptions& options) {
     const WorkedPart worked(image, like, options);
     const Decoding decoding(like.path);
-    const CheckedInput file(like.path, {});
+    const CheckedInput file(like.path, {like.maxPixels, {}});
     std::vector<ImageSpec> specs;
     for (int part = 0; part < file.Pictures(); ++part)
         specs.push_back(part == like.part ? worked.Spec() : file.Spec(part));

@@ -6,6 +6,7 @@
 #include "media/PictureFile.h"
 #include "media/PixelType.h"
 #include "media/WholeFile.h"
+#include "media/Windows.h"
 #include "media/Words.h"
 #include "media/WriteParts.h"
 
@@ -144,9 +145,7 @@ std::string Losses(const Picture& like, const std::string& format) {
         if (!like.colours.Uses(c)) channels += " " + spec.channelnames[static_cast<std::size_t>(c)];
     if (!channels.empty()) lose("the channels" + channels);
     if (spec.get_int_attribute("oiio:subimages") > 1) lose("the other parts");
-    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
-        spec.y + spec.height > spec.full_y + spec.full_height)
-        lose("the pixels beyond the frame");
+    if (!DisplayWindow(spec).Holds(DataWindow(spec))) lose("the pixels beyond the frame");
     if (spec.full_x || spec.full_y) lose("the place of the frame");
     return losses;
 }
@@ -187,7 +186,10 @@ void WriteNearest(WholeFile& file, const std::string& name, const Image& image, 
                                          (losses.empty() ? "" : ", without " + losses)));
     }
     if (encoder.Bytes().empty())
-        ReadPicture(file.TemporaryPath()); // such encoders do not tell when the disk was full
+        ReadPicture(file.TemporaryPath(),
+                    {.layer = {},
+                     .limits = {like.maxPixels, {}},
+                     .atLeast = {}}); // such encoders do not tell when the disk was full
     file.Finish(encoder.Bytes());
 }
 

@@ -79,6 +79,16 @@ TEST_F(Flare2Frame, AnAbortAnywhereLeavesNothingForTheNextFrame) {
     }
 }
 
+TEST_F(Flare2Frame, StreaksOfNegativeLengthAreNone) {
+    const Picture in = Noise(kWidth, kHeight);
+    core.StreakLength.Value = 0;
+    const Picture want = Run(*in);
+    for (int length : {-1, -2147483647, -2147483647 - 1}) {
+        core.StreakLength.Value = length;
+        EXPECT_TRUE(Same(*Run(*in), *want)) << length;
+    }
+}
+
 TEST_F(Flare2Frame, SourceOutsideTheFrameGivesNoLight) {
     const Picture in = Noise(kWidth, kHeight);
     for (const auto& [x, y] : {std::pair{1.2, 0.5}, {0.5, -0.4}, {1e300, 0.5}, {0.5, -1e300}}) {
