@@ -31,6 +31,9 @@ void Catch(void (*handler)(int)) {
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     for (int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
+    struct sigaction before = {};
+    sigaction(SIGHUP, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // nohup goes on
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "app/OutputCheck.h"
 
 #include "media/Errors.h"
+#include "media/Words.h"
 
 #include <cerrno>
 #include <cstring>
@@ -77,7 +78,7 @@ void CheckBeforeWork(const OutputCheck& check) {
     std::string wrong, missing; // the command, and what it needs
     const auto note = [](std::string& faults, const std::string& fault) {
         if (!faults.empty() && !fault.empty()) faults += '\n';
-        faults += fault;
+        faults += OneLine(fault); // a name may hold line breaks
     };
     try {
         CheckCanWrite(check.output, check.options);
@@ -91,7 +92,7 @@ void CheckBeforeWork(const OutputCheck& check) {
     for (const std::string& name : check.tool.SingleFiles()) note(missing, InputFault(name));
     if (wrong.empty() && missing.empty()) note(missing, FolderFault(check.output, check.makeFolder));
     if (!wrong.empty()) {
-        note(wrong, missing);
+        if (!missing.empty()) wrong += '\n' + missing;
         throw UsageError(wrong);
     }
     if (!missing.empty()) throw std::runtime_error(missing);

@@ -108,6 +108,8 @@ TEST_F(Program, FaultsAreToldTogetherAndFoldersMade) {
     for (const char* word : {"none.png", "sgi", "room for one frame"})
         EXPECT_NE(Err().find(word), std::string::npos) << Err();
     EXPECT_EQ(std::count(Err().begin(), Err().end(), '\n'), 3);
+    EXPECT_EQ(Run({"render", "Clean", "-i", "a\nRendered frame 0.png", "-o", "out.png"}), 1);
+    ExpectOneLine("a Rendered");
     const Arguments deep = {"render", "Clean", "-i", "sample:", "-o", "a/b/out.png", "-f", "0", "--quiet"};
     Arguments strict = deep;
     strict.push_back("--no-mkdir");
