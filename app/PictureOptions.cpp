@@ -18,6 +18,10 @@ void PictureOptions::AddTo(CLI::App& line, bool writing) {
             ->check(CLI::PositiveNumber)
             ->capture_default_str());
     add(line.add_option("--formats", formats_, "Read these formats only, divided by commas: png,openexr"));
+    CLI::Option* words = line.add_flag("--words", words_, "Work in 15-bit words, whatever the picture is");
+    CLI::Option* floats = line.add_flag("--float", floats_, "Work in floats, whatever the picture is");
+    add(words->excludes(floats));
+    add(floats);
     if (!writing) return;
     add(line.add_option("--depth", depth_, "8, 10, 12, 16, half or float: depth of the files to write"));
     add(line.add_option("--compression", compression_, "NAME[:LEVEL], as the format knows it"));
@@ -33,6 +37,10 @@ ReadOptions PictureOptions::Reading() const {
     if (!formats_.empty()) options.limits.formats = Split(formats_, ',');
     if (!depth_.empty()) options.atLeast = ParseDepth(depth_).depth;
     return options;
+}
+
+WorkingDepth PictureOptions::Working() const {
+    return words_ ? WorkingDepth::Words : floats_ ? WorkingDepth::Floats : WorkingDepth::OfPicture;
 }
 
 WriteOptions PictureOptions::Writing() const {

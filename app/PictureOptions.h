@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/PictureFile.h"
+#include "media/Tool.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,12 +19,13 @@ public:
     // What was asked for. Throw UsageError.
     media::ReadOptions Reading() const;
     media::WriteOptions Writing() const;
+    media::WorkingDepth Working() const;
 
 private:
     std::string layer_, formats_, depth_, compression_;
     long long maxPixels_ = media::ReadLimits().maxPixels;
     std::optional<int> quality_;
-    bool premultiply_ = false;
+    bool premultiply_ = false, words_ = false, floats_ = false;
 };
 
 } // namespace app

@@ -5,6 +5,7 @@
 #include "app/PreviewView.h"
 #include "app/SettingsFile.h"
 #include "media/Errors.h"
+#include "media/PictureDepth.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
 #include "media/Tool.h"
@@ -114,6 +115,8 @@ public:
                 "X1,Y1:X2,Y2: press, move and let go, in fractions of the picture; y upward");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
         AddSettingsFiles(settingsFile_, saveFile_);
+        line.add_option("--exposure", exposure_, "STOPS by which the picture is shown brighter or darker")
+            ->check(CLI::Range(-60.0, 60.0));
         line.add_flag("--json", json_, "Write an array with what came of each drag");
         pictures_.AddTo(line, false);
     }
@@ -128,17 +131,18 @@ public:
         const int frame = SetFrame(tool);
         Console console(Console::Style::Quiet, 1, frame, frame);
         if (!settingsFile_.empty()) LoadSettingsFile(tool.Op(), settingsFile_);
+        tool.ChooseDepth(pictures_.Working(), frame);
         ApplySettings(tool.Op(), settings_, console);
         const Listener listener(console);
 
         std::shared_ptr<host::Image> picture = tool.Render(frame);
         PreviewView view(tool.Op(), size ? *size : DefaultSize(*picture));
-        view.Show(*picture);
+        view.Show(*Exposed(picture, exposure_));
         ordered_json drags = ordered_json::array();
         for (const DragPath& path : paths) drags.push_back(PerformDrag(tool, view, path));
         if (!paths.empty()) {
             picture = tool.Render(frame);
-            view.Show(*picture);
+            view.Show(*Exposed(picture, exposure_));
         }
         Write(view, console);
         if (!saveFile_.empty()) SaveSettingsFile(tool.Op(), saveFile_);
@@ -172,6 +176,7 @@ private:
     std::vector<std::string> links_, settings_, drags_;
     PictureOptions pictures_;
     std::optional<int> frame_;
+    double exposure_ = 0.0;
     bool json_ = false;
 };
 

@@ -64,6 +64,7 @@ public:
         Console console(Console::StyleFor(quiet_), static_cast<int>(frames.size()), *least, *most);
         if (!logFile_.empty()) console.LogTo(logFile_);
         if (!settingsFile_.empty()) LoadSettingsFile(tool.Op(), settingsFile_);
+        tool.ChooseDepth(pictures_.Working(), frames.front());
         ApplySettings(tool.Op(), settings_, console);
         const Listener listener(console);
         const int code = RenderJob(tool, console, output_, skipExisting_, pictures_.Writing()).Run(frames);

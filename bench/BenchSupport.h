@@ -12,11 +12,14 @@ namespace k7::bench {
 inline constexpr int kWidth = 1920;
 inline constexpr int kHeight = 1080;
 
-/// Measures with one thread and with all of the machine, a number that the benchmark finds in state.range(0):
-/// BENCHMARK(Name)->Apply(OneAndAll).
+/// Measures words and floats, with one thread and with all of the machine: numbers that the benchmark finds
+/// in state.range(0) for the threads and state.range(1), 1 for floats: BENCHMARK(Name)->Apply(OneAndAll).
 inline void OneAndAll(benchmark::internal::Benchmark* measure) {
-    measure->ArgName("threads")->Arg(1)->UseRealTime()->Unit(benchmark::kMillisecond);
-    if (const unsigned all = std::thread::hardware_concurrency(); all > 1) measure->Arg(all);
+    measure->ArgNames({"threads", "floats"})->UseRealTime()->Unit(benchmark::kMillisecond);
+    const int all = static_cast<int>(std::thread::hardware_concurrency());
+    for (int threads : {1, all})
+        if (threads == 1 || all > 1)
+            for (int floats : {0, 1}) measure->Args({threads, floats});
 }
 
 /// Reports megapixels a second for pictures of this size.
@@ -25,21 +28,29 @@ inline void CountPixels(benchmark::State& state, int width = kWidth, int height 
     state.counters["MPix/s"] = benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsRate);
 }
 
-/// Runs an effect's Process again and again on noise, on state.range(0) threads. `setUp(core)` gives the
-/// settings and may connect further images; `slot` is the input that gets the noise.
-template <class Core, class SetUp>
-void RunFrames(benchmark::State& state, ImageInputK7 Core::*slot, SetUp setUp) {
-    const test::Picture in = test::Noise(kWidth, kHeight);
-    const test::Picture out = K7Image::MakeCopy(*in);
+template <class Sample, class Core, class SetUp>
+void RunFramesOf(benchmark::State& state, ImageInputK7 Core::*slot, PictureK7<Sample>& in, SetUp setUp) {
+    const auto out = PictureK7<Sample>::MakeCopy(in);
     test::CoreRunner<Core> runner;
     runner.owner.Threads = static_cast<int>(state.range(0));
     runner.owner.OnThreads = runner.owner.Threads > 1;
-    (runner.core.*slot).Image = in.get();
-    runner.core.Output.Image = out.get();
+    (runner.core.*slot).template Of<Sample>() = &in;
+    runner.core.Output.template Of<Sample>() = out.get();
     setUp(runner.core);
     const CurrentChunksScope scope(&runner.chunks);
     for (auto _ : state) runner.core.Process();
     CountPixels(state);
+}
+
+/// Runs an effect's Process again and again on noise. `setUp(core)` gives the settings and may connect
+/// further images; `slot` is the input that gets the noise.
+template <class Core, class SetUp>
+void RunFrames(benchmark::State& state, ImageInputK7 Core::*slot, SetUp setUp) {
+    const test::Picture in = test::Noise(kWidth, kHeight);
+    if (state.range(1))
+        RunFramesOf(state, slot, *test::Floats(*in), setUp);
+    else
+        RunFramesOf(state, slot, *in, setUp);
 }
 
 } // namespace k7::bench

@@ -2,6 +2,8 @@
 
 #include "baselib/Buffer.h"
 #include "filters/SmallMedian.h"
+#include "filters/ValueRanks.h"
+#include "library/Chunks.h"
 #include "library/K7Image.h"
 
 #include <algorithm>
@@ -12,28 +14,43 @@ namespace k7 {
 
 namespace {
 
-/// One channel's values in the window: a count for each word, a bit for each word that has one, and a running
-/// median. The median goes from one value that is there to the next, so that a step of the window costs what
-/// it has changed and not the number of bins.
+/// The window that lies round a pixel; even sizes reach one pixel less upwards and to the right.
+struct WindowSize {
+    int width, height;
+
+    int Left(int x) const { return std::max(x - width / 2, 0); }
+    int Low(int y) const { return std::max(y - height / 2, 0); }
+    int Right(int x, int end) const { return std::min(x - width / 2 + width, end) - 1; }
+    int High(int y, int end) const { return std::min(y - height / 2 + height, end) - 1; }
+};
+
+/// One channel's values in the window: a count for each value, a bit for each value that has one, and a
+/// running median. The median goes from one value that is there to the next, so that a step of the window
+/// costs what it has changed and not the number of bins.
 class Histogram {
 public:
-    static constexpr int kWords = 65536;
-
-    void Attach(std::uint32_t* zeroedCounts) { counts_ = zeroedCounts; }
-
-    void Add(int word) {
-        ++counts_[word];
-        present_[word >> 6] |= std::uint64_t{1} << (word & 63);
-        below_ += word < at_;
+    Histogram() = default;
+    explicit Histogram(std::size_t bins)
+        : counts_(bins, "Clean", __LINE__)
+        , present_(bins / 64 + 1, "Clean", __LINE__) {
+        counts_.Zero();
+        present_.Zero();
     }
-    void Remove(int word) {
-        const bool gone = --counts_[word] == 0;
-        present_[word >> 6] &= ~(std::uint64_t{gone} << (word & 63));
-        below_ -= word < at_;
+    explicit operator bool() const { return counts_ && present_; }
+
+    void Add(std::uint32_t value) {
+        ++counts_[value];
+        present_[value >> 6] |= std::uint64_t{1} << (value & 63);
+        below_ += value < at_;
+    }
+    void Remove(std::uint32_t value) {
+        const bool gone = --counts_[value] == 0;
+        present_[value >> 6] &= ~(std::uint64_t{gone} << (value & 63));
+        below_ -= value < at_;
     }
 
     /// The value of rank `rank`, counted from 0; the histogram holds more than `rank` values.
-    int Select(std::uint32_t rank) {
+    std::uint32_t Select(std::uint32_t rank) {
         while (below_ > rank) {
             at_ = Previous(at_);
             below_ -= counts_[at_];
@@ -46,34 +63,67 @@ public:
     }
 
 private:
-    /// The nearest value below a word; there is one.
-    int Previous(int word) const {
-        int i = word >> 6;
-        std::uint64_t bits = present_[i] & ~(~std::uint64_t{0} << (word & 63));
+    /// The nearest value below another; there is one.
+    std::uint32_t Previous(std::uint32_t value) const {
+        std::uint32_t i = value >> 6;
+        std::uint64_t bits = present_[i] & ~(~std::uint64_t{0} << (value & 63));
         while (!bits) bits = present_[--i];
-        return i * 64 + 63 - std::countl_zero(bits);
+        return i * 64 + 63 - static_cast<std::uint32_t>(std::countl_zero(bits));
     }
-    /// The nearest value above a word; there is one.
-    int Next(int word) const {
-        int i = word >> 6;
-        std::uint64_t bits = present_[i] & (~std::uint64_t{1} << (word & 63));
+    /// The nearest value above another; there is one.
+    std::uint32_t Next(std::uint32_t value) const {
+        std::uint32_t i = value >> 6;
+        std::uint64_t bits = present_[i] & (~std::uint64_t{1} << (value & 63));
         while (!bits) bits = present_[++i];
-        return i * 64 + std::countr_zero(bits);
+        return i * 64 + static_cast<std::uint32_t>(std::countr_zero(bits));
     }
 
-    std::uint32_t* counts_ = nullptr;
-    std::uint64_t present_[kWords / 64] = {};
-    int at_ = 0;              ///< where the last selection ended
+    Buffer<std::uint32_t> counts_;
+    Buffer<std::uint64_t> present_;
+    std::uint32_t at_ = 0;    ///< where the last selection ended
     std::uint32_t below_ = 0; ///< values below at_
 };
 
+// What a histogram counts: values from 0 to Bins() - 1, in rows from FirstRow() on.
+
+/// Words count as they are.
+class WordBand {
+public:
+    explicit WordBand(const K7Image& image) : image_(image) {}
+    std::size_t Bins() const { return std::size_t{kFullScale} * 2 + 2; }
+    const u16* Row(int y) const { return image_.Rows[y]; }
+    u16 Value(int, std::uint32_t rank) const { return static_cast<u16>(rank); }
+
+private:
+    const K7Image& image_;
+};
+
+/// Of floats their ranks, within as many rows as windows lie on.
+class FloatBand {
+public:
+    FloatBand(const ValueRanks<std::uint32_t>& ranks, const Region& part) : ranks_(ranks), part_(part) {}
+    std::size_t Bins() const {
+        return static_cast<std::size_t>(part_.width) * static_cast<std::size_t>(part_.height);
+    }
+    const std::uint32_t* Row(int y) const {
+        return ranks_.Ranks() + static_cast<std::ptrdiff_t>(y - part_.y) * part_.width * K7Image::Channels;
+    }
+    float Value(int channel, std::uint32_t rank) const { return ranks_.Value(channel, rank); }
+
+private:
+    const ValueRanks<std::uint32_t>& ranks_;
+    const Region part_;
+};
+
 /// The window of one output row as it slides from column to column.
+template <class Band>
 class Window {
 public:
-    Window(const K7Image& image, int channels, std::uint32_t* zeroedCounts)
-        : image_(image)
-        , channels_(channels) {
-        for (int c = 0; c < channels; ++c) histograms_[c].Attach(zeroedCounts + c * Histogram::kWords);
+    Window(const Band& band, int channels) : band_(band), channels_(channels) {
+        for (int c = 0; c < channels; ++c) histograms_[c] = Histogram(band.Bins());
+    }
+    explicit operator bool() const {
+        return std::all_of(histograms_, histograms_ + channels_, [](const Histogram& h) { return bool(h); });
     }
 
     /// Rows of the window, which lie inside the picture.
@@ -83,16 +133,17 @@ public:
     }
 
     void AddColumn(int x) {
-        ForColumn(x, [](Histogram& histogram, int word) { histogram.Add(word); });
+        ForColumn(x, [](Histogram& histogram, std::uint32_t value) { histogram.Add(value); });
         count_ += static_cast<std::uint32_t>(lastRow_ - firstRow_ + 1);
     }
     void RemoveColumn(int x) {
-        ForColumn(x, [](Histogram& histogram, int word) { histogram.Remove(word); });
+        ForColumn(x, [](Histogram& histogram, std::uint32_t value) { histogram.Remove(value); });
         count_ -= static_cast<std::uint32_t>(lastRow_ - firstRow_ + 1);
     }
 
-    void WriteMedians(u16* pixel) {
-        for (int c = 0; c < channels_; ++c) pixel[c] = static_cast<u16>(histograms_[c].Select(count_ / 2));
+    template <class Sample>
+    void WriteMedians(Sample* pixel) {
+        for (int c = 0; c < channels_; ++c) pixel[c] = band_.Value(c, histograms_[c].Select(count_ / 2));
         if (channels_ < K7Image::Channels) pixel[3] = 0;
     }
 
@@ -101,12 +152,12 @@ private:
     void ForColumn(int x, Action action) {
         const std::size_t offset = static_cast<std::size_t>(x) * K7Image::Channels;
         for (int y = firstRow_; y <= lastRow_; ++y) {
-            const u16* pixel = image_.Rows[y] + offset;
+            const auto* pixel = band_.Row(y) + offset;
             for (int c = 0; c < channels_; ++c) action(histograms_[c], pixel[c]);
         }
     }
 
-    const K7Image& image_;
+    const Band& band_;
     int channels_;
     Histogram histograms_[K7Image::Channels];
     int firstRow_ = 0;
@@ -114,72 +165,115 @@ private:
     std::uint32_t count_ = 0;
 };
 
-/// A control's size in pixels of the picture, held to twice the picture's: more changes nothing.
-int WindowSize(int control, const K7Image& image) {
+/// Medians of rows, in a window that slides.
+template <class Band, class Sample>
+void SlideOverRows(const Band& band, const WindowSize& size, int first, int last, int channels,
+                   const PictureK7<Sample>& out) {
+    Window<Band> window(band, channels);
+    if (!window) return;
+    for (int y = first; y <= last && !AbortRequested(); ++y) {
+        window.SetRows(size.Low(y), size.High(y, out.Height));
+        int left = 0; // columns of the picture now in the window
+        int right = -1;
+        Sample* pixel = out.Rows[y];
+        for (int x = 0; x < out.Width; ++x, pixel += out.Channels) {
+            while (right < size.Right(x, out.Width)) window.AddColumn(++right);
+            while (left < size.Left(x)) window.RemoveColumn(left++);
+            window.WriteMedians(pixel);
+        }
+        while (left <= right) window.RemoveColumn(left++); // leaves every count at zero again
+    }
+}
+
+void FilterLarge(const K7Image& in, const K7Image& out, const WindowSize& size, int first, int last,
+                 int channels) {
+    SlideOverRows(WordBand(in), size, first, last, channels, out);
+}
+
+void FilterLarge(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, int first, int last,
+                 int channels) {
+    const int rows = std::max(size.height / 2, 16); // between two sorts
+    const int most = std::min(rows + size.height, in.Height);
+    ValueRanks<std::uint32_t> ranks(static_cast<std::size_t>(in.Width) * static_cast<std::size_t>(most));
+    if (!ranks) return;
+    for (int y = first; y <= last && !AbortRequested(); y += rows) {
+        const int end = std::min(y + rows - 1, last);
+        const int low = size.Low(y);
+        const Region part = {0, low, in.Width, size.High(end, in.Height) - low + 1};
+        ranks.Fill(in, part, channels);
+        SlideOverRows(FloatBand(ranks, part), size, y, end, channels, out);
+    }
+}
+
+void FilterSmall(const K7Image& in, const K7Image& out, const WindowSize& size, int first, int last, int) {
+    SmallMedian median(in, size.width, size.height, first);
+    if (!median) return;
+    for (int y = first; y <= last && !AbortRequested(); ++y) median.FilterRow(y, out.Rows[y]);
+}
+
+/// The medians of a part's ranks, which are words, are ranks of the medians. `part` is where they are wanted.
+void FilterPart(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, const Region& part,
+                int channels, ValueRanks<u16>& ranks) {
+    const int left = size.Left(part.x);
+    const int low = size.Low(part.y);
+    const Region seen = {left, low, size.Right(part.x + part.width - 1, in.Width) - left + 1,
+                         size.High(part.y + part.height - 1, in.Height) - low + 1};
+    ranks.Fill(in, seen, channels);
+    const auto words = K7Image::MakeOver(ranks.Ranks(), seen.width, seen.height);
+    const Buffer<u16> medians(static_cast<std::size_t>(seen.width) * K7Image::Channels, "Clean", __LINE__);
+    if (!words || !medians) return;
+    SmallMedian median(*words, size.width, size.height, part.y - low);
+    if (!median) return;
+    for (int y = part.y; y < part.y + part.height; ++y) {
+        median.FilterRow(y - low, medians.data());
+        const u16* from = medians.data() + (part.x - left) * K7Image::Channels;
+        float* to = out.Rows[y] + part.x * out.Channels;
+        for (int i = 0; i < part.width * out.Channels; ++i) to[i] = ranks.Value(i % out.Channels, from[i]);
+    }
+}
+
+void FilterSmall(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, int first, int last,
+                 int channels) {
+    // Parts of so many pixels have no more values than words can rank.
+    constexpr int pixels = 65535;
+    const int wide = std::min(in.Width, pixels / (4 * std::max(size.height, 16)));
+    const int columns = wide - (wide < in.Width ? size.width : 0);
+    const int rows = pixels / wide - size.height;
+    ValueRanks<u16> ranks(pixels);
+    if (!ranks) return;
+    for (int y = first; y <= last; y += rows)
+        for (int x = 0; x < in.Width && !AbortRequested(); x += columns)
+            FilterPart(in, out, size, {x, y, std::min(columns, in.Width - x), std::min(rows, last + 1 - y)},
+                       channels, ranks);
+}
+
+/// A control's size in pixels of the picture, at least 1 and clamped to twice the picture's: more changes
+/// nothing.
+template <class Sample>
+int PixelsOf(int control, const PictureK7<Sample>& image) {
     const int size = Trunc(static_cast<float>(control) / image.WidthScale);
     const std::int64_t all = 2 * static_cast<std::int64_t>(std::max(image.Width, image.Height)) + 2;
-    return static_cast<int>(std::min<std::int64_t>(size, all));
+    return static_cast<int>(std::clamp<std::int64_t>(size, 1, all));
 }
 
 } // namespace
 
 void Clean::Process() {
     if (IsAborted()) return;
-    RunChunks(WorkerOf<&Clean::FilterRows>, Input.Image->Height);
-    if (!ProcessAlpha) Output.Image->CopyAlpha(Input.Image);
-}
-
-void Clean::FilterRows(int first, int last) {
-    const K7Image& in = *Input.Image;
-    const K7Image& out = *Output.Image;
-
-    int winX = WindowSize(XRad.Value, in);
-    int winY = WindowSize(YRad.Value, in);
-    if (winX <= 1 && winY <= 1) {
-        for (int y = first; y <= last; ++y) std::memcpy(out.Rows[y], in.Rows[y], in.RowBytes());
-        return;
-    }
-    winX = std::max(winX, 1);
-    winY = std::max(winY, 1);
-    if (static_cast<std::int64_t>(winX) * winY <= SmallMedian::kMostValues)
-        FilterSmall(winX, winY, first, last);
-    else
-        FilterLarge(winX, winY, first, last);
-}
-
-void Clean::FilterSmall(int winX, int winY, int first, int last) {
-    SmallMedian median(*Input.Image, winX, winY, first);
-    if (!median) return;
-    for (int y = first; y <= last && !IsAborted(); ++y) median.FilterRow(y, Output.Image->Rows[y]);
-}
-
-void Clean::FilterLarge(int winX, int winY, int first, int last) {
-    const K7Image& in = *Input.Image;
-    const K7Image& out = *Output.Image;
-    const int halfX = winX / 2;
-    const int halfY = winY / 2;
-
-    const int channels = ProcessAlpha ? 4 : 3;
-    Buffer<std::uint32_t> counts(static_cast<std::size_t>(channels) * Histogram::kWords, "Clean", __LINE__);
-    if (!counts) return;
-    counts.Zero();
-    Window window(in, channels, counts.data());
-
-    for (int y = first; y <= last && !IsAborted(); ++y) {
-        window.SetRows(std::max(y - halfY, 0), std::min(y - halfY + winY - 1, in.Height - 1));
-        int left = 0; // columns of the picture now in the window
-        int right = std::min(winX - 1 - halfX, in.Width - 1);
-        for (int x = left; x <= right; ++x) window.AddColumn(x);
-
-        u16* pixel = out.Rows[y];
-        window.WriteMedians(pixel);
-        for (int x = 1; x < in.Width; ++x) {
-            if (x - 1 - halfX >= left) window.RemoveColumn(left++);
-            if (x - halfX + winX - 1 > right && right < in.Width - 1) window.AddColumn(++right);
-            window.WriteMedians(pixel += K7Image::Channels);
-        }
-        while (left <= right) window.RemoveColumn(left++); // leaves every count at zero again
-    }
+    InDepth(Input, Output, [&](const auto& in, auto& out) {
+        const WindowSize size = {PixelsOf(XRad.Value, in), PixelsOf(YRad.Value, in)};
+        const std::int64_t values = std::int64_t{size.width} * size.height;
+        RunRows(*this, in.Height, [&](int first, int last) {
+            const int channels = ProcessAlpha ? 4 : 3;
+            if (values > SmallMedian::kMostValues)
+                FilterLarge(in, out, size, first, last, channels);
+            else if (values > 1)
+                FilterSmall(in, out, size, first, last, channels);
+            else
+                for (int y = first; y <= last; ++y) std::memcpy(out.Rows[y], in.Rows[y], in.RowBytes());
+        });
+        if (!ProcessAlpha) out.CopyAlpha(&in);
+    });
 }
 
 } // namespace k7

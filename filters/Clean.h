@@ -18,11 +18,6 @@ struct CleanInfo {
 class Clean : public PluginK7, public CleanInfo, public OverlayK7 {
 public:
     void Process() override;
-
-private:
-    void FilterRows(int first, int last);
-    void FilterSmall(int winX, int winY, int first, int last);
-    void FilterLarge(int winX, int winY, int first, int last);
 };
 
 } // namespace k7

@@ -18,7 +18,11 @@ constexpr int kSampleChoices = 4;
 
 void CrashZoom::Process() {
     if (IsAborted()) return;
-    const K7Image& out = *Output.Image;
+    InDepth(Input, Output, [&](const auto& in, auto& out) { Zoom(in, out); });
+}
+
+template <class Sample>
+void CrashZoom::Zoom(const PictureK7<Sample>& in, PictureK7<Sample>& out) {
     Width = out.Width;
     Height = out.Height;
     AspectX = static_cast<float>(out.AspectX);
@@ -28,18 +32,17 @@ void CrashZoom::Process() {
     CentreY = static_cast<float>(Height * Cntr.Value.y);
     SpeedFactor = static_cast<float>(Spee.Value / 100.0);
     SampleIndex = std::clamp(Samp.Value, 1, kSampleChoices);
-    RunChunks(WorkerOf<&CrashZoom::BlurRows>, Height);
-    if (!ProcessAlpha) Output.Image->CopyAlpha(Input.Image);
+    RunRows(*this, Height, [&](int first, int last) {
+        for (int y = first; y <= last && !IsAborted(); ++y) {
+            Sample* pixel = out.Rows[y];
+            for (int x = 0; x < Width; ++x, pixel += K7Image::Channels) BlurPixel(in, x, y, pixel);
+        }
+    });
+    if (!ProcessAlpha) out.CopyAlpha(&in);
 }
 
-void CrashZoom::BlurRows(int first, int last) {
-    for (int y = first; y <= last && !IsAborted(); ++y) {
-        u16* pixel = Output.Image->Rows[y];
-        for (int x = 0; x < Width; ++x, pixel += K7Image::Channels) BlurPixel(x, y, pixel);
-    }
-}
-
-void CrashZoom::BlurPixel(int x, int y, u16* pixel) const {
+template <class Sample>
+void CrashZoom::BlurPixel(const PictureK7<Sample>& in, int x, int y, Sample* pixel) const {
     // Find the way from this pixel in cells of the fine grid.
     const int shift = SampleIndex - 1;
     const float grid = static_cast<float>(1 << shift);
@@ -57,15 +60,15 @@ void CrashZoom::BlurPixel(int x, int y, u16* pixel) const {
     }
 
     if (wayX == 0 && wayY == 0) {
-        std::copy_n(Input.Image->Rows[y] + x * K7Image::Channels, K7Image::Channels, pixel);
+        std::copy_n(in.Rows[y] + x * K7Image::Channels, K7Image::Channels, pixel);
         return;
     }
 
     // The mean along it.
-    std::uint32_t sums[K7Image::Channels];
-    SumAlongLine(*Input.Image, x, y, wayX, wayY, shift, sums);
-    const auto samples = static_cast<std::uint32_t>(std::max(std::abs(wayX), std::abs(wayY)) + 1);
-    for (int c = 0; c < K7Image::Channels; ++c) pixel[c] = static_cast<u16>(sums[c] / samples);
+    LineSumOf<Sample> sums[K7Image::Channels];
+    SumAlongLine(in, x, y, wayX, wayY, shift, sums);
+    const auto samples = static_cast<LineSumOf<Sample>>(std::max(std::abs(wayX), std::abs(wayY)) + 1);
+    for (int c = 0; c < K7Image::Channels; ++c) pixel[c] = static_cast<Sample>(sums[c] / samples);
 }
 
 void CrashZoom::Draw() {

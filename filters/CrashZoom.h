@@ -27,8 +27,10 @@ public:
     void Event(int event, float x, float y) override;
 
 private:
-    void BlurRows(int first, int last);
-    void BlurPixel(int x, int y, u16* pixel) const;
+    template <class Sample>
+    void Zoom(const PictureK7<Sample>& in, PictureK7<Sample>& out);
+    template <class Sample>
+    void BlurPixel(const PictureK7<Sample>& in, int x, int y, Sample* pixel) const;
 
     int Width = 0;
     int Height = 0;

@@ -25,7 +25,9 @@ public:
     void Event(int event, float x, float y) override;
 
 private:
-    float PixelAngle() const;
+    template <class Sample>
+    void Blur(const PictureK7<Sample>& in, const PictureK7<Sample>& out);
+    float PixelAngle(double aspect) const;
 };
 
 } // namespace k7

@@ -15,7 +15,6 @@ public:
         Add(core.DiRe, {"Direction", "DiRe"}, Combo{{"Both", "Horizontal", "Vertical"}});
         AddMainImage(core.Input, "Input");
         AddImageOutput(core.Output);
-        AddDepthSwitch();
     }
 };
 

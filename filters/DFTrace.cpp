@@ -15,7 +15,6 @@ public:
         Add(core.TCol, {"Colour", "TCol"}, Combo{{"RGB", "Mono"}});
         AddMainImage(core.Input, "Clip to Trace");
         AddImageOutput(core.Output);
-        AddDepthSwitch();
     }
 };
 

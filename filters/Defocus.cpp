@@ -6,15 +6,17 @@ namespace k7 {
 
 void Defocus::Process() {
     if (IsAborted()) return;
-    const K7Image& in = *Input.Image;
-    K7Image& out = *Output.Image;
+    InDepth(Input, Output, [&](const auto& in, auto& out) { Blur(in, out); });
+}
 
+template <class Sample>
+void Defocus::Blur(const PictureK7<Sample>& in, PictureK7<Sample>& out) const {
     // A size along one axis takes the pixel aspect of the other.
     const double wide = out.Width * (RadB.Value / 100.0);
     const auto radiusX = static_cast<float>(wide * out.AspectY);
     const auto radiusY = static_cast<float>(wide * out.AspectX);
 
-    const auto blur = [&](float radius, const K7Image* source, int direction) {
+    const auto blur = [&](float radius, const PictureK7<Sample>* source, int direction) {
         if (Mode.Value == 1)
             out.GaussianRecursive(radius, source, direction, ProcessAlpha);
         else

@@ -24,6 +24,10 @@ public:
 
     /// Shows "Dup Edges" if the mode at `time` has a use for it.
     void ShowDupEdges(double time);
+
+private:
+    template <class Sample>
+    void Blur(const PictureK7<Sample>& in, PictureK7<Sample>& out) const;
 };
 
 } // namespace k7

@@ -31,7 +31,8 @@ class Line {
 public:
     Line(const Side& major, const Side& minor, int shift) : major_(major), minor_(minor), shift_(shift) {}
 
-    void Sum(const u16* start, std::uint32_t sums[4]) const {
+    template <class Sample>
+    void Sum(const Sample* start, LineSumOf<Sample> sums[4]) const {
         std::int64_t inside = SamplesInside();
         if (major_.cells > kSteadyCells || inside * major_.cells >= kSteadyProduct) inside = 0;
         switch (shift_) {
@@ -77,8 +78,8 @@ private:
 
     /// The first samples, which lie inside the picture: their places come from two independent counters, so
     /// that no sample waits for the one before.
-    template <int shift>
-    void SumInside(const u16* start, std::int64_t samples, std::uint32_t sums[4]) const {
+    template <int shift, class Sample>
+    void SumInside(const Sample* start, std::int64_t samples, LineSumOf<Sample> sums[4]) const {
         if (samples == 0) return;
         constexpr std::int64_t lastCell = (1 << shift) - 1;
         const std::int64_t majorBias = major_.up ? 0 : lastCell;
@@ -87,9 +88,9 @@ private:
         const std::int64_t step = (minor_.cells << kFraction) / std::max<std::int64_t>(major_.cells, 1);
         std::int64_t at = minorBias * one + one / 2 - 1;
 
-        std::uint32_t local[4] = {sums[0], sums[1], sums[2], sums[3]};
+        LineSumOf<Sample> local[4] = {sums[0], sums[1], sums[2], sums[3]};
         for (std::int64_t i = majorBias; i < majorBias + samples; ++i, at += step) {
-            const u16* pixel =
+            const Sample* pixel =
                 start + (i >> shift) * major_.stride + (at >> (kFraction + shift)) * minor_.stride;
             for (int c = 0; c < K7Image::Channels; ++c) local[c] += pixel[c];
         }
@@ -98,7 +99,8 @@ private:
 
     /// The samples from `first` on, a run within one pixel at a time: along an edge there is one run for each
     /// pixel, and in the corner a single one for all that is left of the line.
-    void SumRest(const u16* start, std::int64_t first, std::uint32_t sums[4]) const;
+    template <class Sample>
+    void SumRest(const Sample* start, std::int64_t first, LineSumOf<Sample> sums[4]) const;
 
     Side major_;
     Side minor_;
@@ -111,7 +113,8 @@ struct PixelCursor {
     std::int64_t next;
 };
 
-void Line::SumRest(const u16* start, std::int64_t first, std::uint32_t sums[4]) const {
+template <class Sample>
+void Line::SumRest(const Sample* start, std::int64_t first, LineSumOf<Sample> sums[4]) const {
     auto nextOfMajor = [&](std::int64_t pixel) {
         return pixel < major_.pixels ? StepsTo(pixel + 1, major_, shift_) : kNever;
     };
@@ -131,8 +134,8 @@ void Line::SumRest(const u16* start, std::int64_t first, std::uint32_t sums[4]) 
     const std::int64_t samples = major_.cells + 1;
     for (std::int64_t i = first; i < samples;) {
         const std::int64_t end = std::min({major.next, minor.next, samples});
-        const u16* pixel = start + major.pixel * major_.stride + minor.pixel * minor_.stride;
-        const auto count = static_cast<std::uint32_t>(end - i);
+        const Sample* pixel = start + major.pixel * major_.stride + minor.pixel * minor_.stride;
+        const auto count = static_cast<LineSumOf<Sample>>(end - i);
         for (int c = 0; c < K7Image::Channels; ++c) sums[c] += pixel[c] * count;
         if (end == major.next) major.next = nextOfMajor(++major.pixel);
         if (end == minor.next) minor.next = nextOfMinor(++minor.pixel);
@@ -142,16 +145,20 @@ void Line::SumRest(const u16* start, std::int64_t first, std::uint32_t sums[4]) 
 
 } // namespace
 
-void SumAlongLine(const K7Image& image, int x, int y, std::int64_t wayX, std::int64_t wayY, int shift,
-                  std::uint32_t sums[4]) {
+template <class Sample>
+void SumAlongLine(const PictureK7<Sample>& image, int x, int y, std::int64_t wayX, std::int64_t wayY,
+                  int shift, LineSumOf<Sample> sums[4]) {
     const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(image.Width) * K7Image::Channels;
     Side major{std::abs(wayX), wayX >= 0, wayX >= 0 ? image.Width - 1 - x : x,
                wayX >= 0 ? K7Image::Channels : -K7Image::Channels};
     Side minor{std::abs(wayY), wayY >= 0, wayY >= 0 ? image.Height - 1 - y : y, wayY >= 0 ? row : -row};
     if (minor.cells > major.cells) std::swap(major, minor);
-    const u16* start = image.Rows[y] + static_cast<std::size_t>(x) * K7Image::Channels;
-    std::fill_n(sums, 4, 0u);
+    const Sample* start = image.Rows[y] + static_cast<std::size_t>(x) * K7Image::Channels;
+    std::fill_n(sums, 4, LineSumOf<Sample>{0});
     Line(major, minor, shift).Sum(start, sums);
 }
+
+template void SumAlongLine(const K7Image&, int, int, std::int64_t, std::int64_t, int, std::uint32_t*);
+template void SumAlongLine(const FloatImageK7&, int, int, std::int64_t, std::int64_t, int, double*);
 
 } // namespace k7

@@ -5,9 +5,11 @@
 namespace k7 {
 
 void VGaussian::Process() {
-    const K7Image& in = *Input.Image;
-    K7Image& out = *Output.Image;
+    InDepth(Input, Output, [&](const auto& in, auto& out) { Blur(in, out); });
+}
 
+template <class Sample>
+void VGaussian::Blur(const PictureK7<Sample>& in, PictureK7<Sample>& out) const {
     // A size along one axis takes the pixel aspect of the other.
     const auto pixels = [&](const FloatControlK7& percent, double aspect) {
         return static_cast<float>(percent.Value / 100.0 * out.Width *

@@ -23,6 +23,10 @@ class VGaussian : public PluginK7, public VGaussianInfo, public OverlayK7 {
 public:
     void Process() override;
     void RefreshControls() override;
+
+private:
+    template <class Sample>
+    void Blur(const PictureK7<Sample>& in, PictureK7<Sample>& out) const;
 };
 
 } // namespace k7

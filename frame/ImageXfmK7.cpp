@@ -49,20 +49,27 @@ double KernelAt(int filter, double x) {
 }
 
 /// A sum of weighted words is far from the ends of an int, so it is clamped as one: that has no branch.
-u16 WordOf(double sum, double total) {
-    return ClampWord(static_cast<int>(sum / total + 0.5));
+template <class Sample>
+Sample SampleOf(double sum, double total) {
+    if constexpr (SampleTraits<Sample>::kWords)
+        return ClampWord(static_cast<int>(sum / total + 0.5));
+    else
+        return static_cast<Sample>(sum / total);
 }
 
-K7_WIDE_VECTORS void Widen(double* to, const u16* from, std::size_t count) {
+template <class Sample>
+K7_WIDE_VECTORS void Widen(double* to, const Sample* from, std::size_t count) {
     for (std::size_t k = 0; k < count; ++k) to[k] = from[k];
 }
 
-K7_WIDE_VECTORS void AddWeighted(double* sums, const u16* in, double weight, int count) {
+template <class Sample>
+K7_WIDE_VECTORS void AddWeighted(double* sums, const Sample* in, double weight, int count) {
     for (int k = 0; k < count; ++k) sums[k] += in[k] * weight;
 }
 
-K7_WIDE_VECTORS void StoreWords(u16* out, const double* sums, double total, int count) {
-    for (int k = 0; k < count; ++k) out[k] = WordOf(sums[k], total);
+template <class Sample>
+K7_WIDE_VECTORS void StoreSamples(Sample* out, const double* sums, double total, int count) {
+    for (int k = 0; k < count; ++k) out[k] = SampleOf<Sample>(sums[k], total);
 }
 
 } // namespace
@@ -97,32 +104,35 @@ void ImageXfmK7::Run(ExternalWorker worker, int lines) {
         worker(this, 0, lines - 1, 1);
 }
 
-int ImageXfmK7::Transfer(const K7Image* source, K7Image* dest) {
+template <class Sample>
+int ImageXfmK7::Transfer(const PictureK7<Sample>* source, PictureK7<Sample>* dest) {
     const bool sameWidth = source->Width == dest->Width;
     const bool sameHeight = source->Height == dest->Height;
     if (sameWidth && sameHeight) {
-        PassSource = source;
-        PassDest = dest;
-        Run(Worker<&ImageXfmK7::CopyRows>, dest->Height);
+        std::get<PassPictures<Sample>>(pictures_) = {source, dest};
+        Run(Worker<&ImageXfmK7::CopyRows<Sample>>, dest->Height);
         return 1;
     }
     if (sameHeight) return RunPass(source, dest, true);
     if (sameWidth) return RunPass(source, dest, false);
-    const std::unique_ptr<K7Image> between = K7Image::Make(dest->Width, source->Height);
-    return between && RunPass(source, between.get(), true) && RunPass(between.get(), dest, false);
+    const auto between = PictureK7<Sample>::Make(dest->Width, source->Height);
+    return between && RunPass(source, between.get(), true) && RunPass<Sample>(between.get(), dest, false);
 }
 
-int ImageXfmK7::RunPass(const K7Image* source, K7Image* dest, bool alongRows) {
-    PassSource = source;
-    PassDest = dest;
+template int ImageXfmK7::Transfer(const K7Image*, K7Image*);
+template int ImageXfmK7::Transfer(const FloatImageK7*, FloatImageK7*);
+
+template <class Sample>
+int ImageXfmK7::RunPass(const PictureK7<Sample>* source, PictureK7<Sample>* dest, bool alongRows) {
+    std::get<PassPictures<Sample>>(pictures_) = {source, dest};
     SourceSize = alongRows ? source->Width : source->Height;
     DestSize = alongRows ? dest->Width : dest->Height;
     outOfMemory_ = !PlacePixels();
     if (outOfMemory_) return 0;
     if (alongRows)
-        Run(Worker<&ImageXfmK7::ResizeRows>, source->Height);
+        Run(Worker<&ImageXfmK7::ResizeRows<Sample>>, source->Height);
     else
-        Run(Worker<&ImageXfmK7::ResizeColumns>, source->Width);
+        Run(Worker<&ImageXfmK7::ResizeColumns<Sample>>, source->Width);
     return !outOfMemory_;
 }
 
@@ -161,12 +171,15 @@ bool ImageXfmK7::PlacePixels() {
     return true;
 }
 
+template <class Sample>
 void ImageXfmK7::CopyRows(int first, int last) {
+    const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);
     for (int y = first; y <= last && !IsAborted(); ++y)
-        std::memcpy(PassDest->Rows[y], PassSource->Rows[y], PassDest->RowBytes());
+        std::memcpy(dest->Rows[y], source->Rows[y], dest->RowBytes());
 }
 
-void ImageXfmK7::ResizeRow(const double* row, u16* out) const {
+template <class Sample>
+void ImageXfmK7::ResizeRow(const double* row, Sample* out) const {
     for (const Place& place : places_) {
         double sums[kChannels] = {};
         for (std::int64_t t = place.firstTap; t < place.endTap; ++t) {
@@ -174,43 +187,47 @@ void ImageXfmK7::ResizeRow(const double* row, u16* out) const {
             const double* pixel = row + static_cast<std::size_t>(tap.source) * kChannels;
             for (int c = 0; c < kChannels; ++c) sums[c] += pixel[c] * tap.weight;
         }
-        for (int c = 0; c < kChannels; ++c) *out++ = WordOf(sums[c], place.total);
+        for (int c = 0; c < kChannels; ++c) *out++ = SampleOf<Sample>(sums[c], place.total);
     }
 }
 
+template <class Sample>
 void ImageXfmK7::ResizeRows(int first, int last) {
     if (first > last) return;
-    // Each word is turned into a double once and not once for every tap.
-    const std::size_t words = static_cast<std::size_t>(SourceSize) * kChannels;
-    const Buffer<double> row(words, kSource, __LINE__);
+    // Each sample is turned into a double once and not once for every tap.
+    const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);
+    const std::size_t samples = static_cast<std::size_t>(SourceSize) * kChannels;
+    const Buffer<double> row(samples, kSource, __LINE__);
     if (!row) {
         outOfMemory_ = true;
         return;
     }
     for (int y = first; y <= last && !IsAborted(); ++y) {
-        Widen(row.data(), PassSource->Rows[y], words);
-        ResizeRow(row.data(), PassDest->Rows[y]);
+        Widen(row.data(), source->Rows[y], samples);
+        ResizeRow(row.data(), dest->Rows[y]);
     }
 }
 
+template <class Sample>
 void ImageXfmK7::ResizeColumns(int first, int last) {
     // Blocks of columns that stay in the first cache: rows are read in order, and the sums with them.
     constexpr int kBlock = 128 * kChannels;
     double sums[kBlock];
+    const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);
 
     const std::int64_t end = (static_cast<std::int64_t>(last) + 1) * kChannels;
     for (std::int64_t from = static_cast<std::int64_t>(first) * kChannels; from < end; from += kBlock) {
-        const int words = static_cast<int>(std::min<std::int64_t>(end - from, kBlock));
-        u16** out = PassDest->Rows;
+        const int samples = static_cast<int>(std::min<std::int64_t>(end - from, kBlock));
+        Sample** out = dest->Rows;
         for (const Place& place : places_) {
             if (IsAborted()) return;
-            std::fill_n(sums, words, 0.0);
+            std::fill_n(sums, samples, 0.0);
             for (std::int64_t t = place.firstTap; t < place.endTap; ++t) {
                 const Tap& tap = taps_[static_cast<std::size_t>(t)];
-                const u16* in = PassSource->Rows[tap.source] + from;
-                AddWeighted(sums, in, tap.weight, words);
+                const Sample* in = source->Rows[tap.source] + from;
+                AddWeighted(sums, in, tap.weight, samples);
             }
-            StoreWords(*out++ + from, sums, place.total, words);
+            StoreSamples(*out++ + from, sums, place.total, samples);
         }
     }
 }

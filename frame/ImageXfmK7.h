@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <tuple>
 
 namespace k7 {
 
@@ -40,7 +41,8 @@ public:
 
     /// Writes `source` into `dest`, which keeps its size. 0 without memory, and then `dest` is undefined;
     /// otherwise 1.
-    [[nodiscard]] int Transfer(const K7Image* source, K7Image* dest);
+    template <class Sample>
+    [[nodiscard]] int Transfer(const PictureK7<Sample>* source, PictureK7<Sample>* dest);
 
 private:
     static constexpr int kSteps = 512; ///< kernel entries for a distance of one pixel
@@ -59,11 +61,16 @@ private:
 
     bool IsAborted() const;
     void Run(ExternalWorker worker, int lines);
-    int RunPass(const K7Image* source, K7Image* dest, bool alongRows);
+    template <class Sample>
+    int RunPass(const PictureK7<Sample>* source, PictureK7<Sample>* dest, bool alongRows);
     bool PlacePixels();
+    template <class Sample>
     void CopyRows(int first, int last);
-    void ResizeRow(const double* row, u16* out) const;
+    template <class Sample>
+    void ResizeRow(const double* row, Sample* out) const;
+    template <class Sample>
     void ResizeRows(int first, int last);
+    template <class Sample>
     void ResizeColumns(int first, int last);
 
     template <void (ImageXfmK7::*Lines)(int, int)>
@@ -78,8 +85,12 @@ private:
     // Working fields of a pass.
     int DestSize = 0;
     int SourceSize = 0;
-    const K7Image* PassSource = nullptr;
-    K7Image* PassDest = nullptr;
+    template <class Sample>
+    struct PassPictures {
+        const PictureK7<Sample>* source = nullptr;
+        PictureK7<Sample>* dest = nullptr;
+    };
+    std::tuple<PassPictures<u16>, PassPictures<float>> pictures_; ///< those of the depth in work
     double Step = 0.0; ///< source pixels from one destination pixel to the next
     Buffer<Tap> taps_;
     Buffer<Place> places_;

@@ -48,27 +48,27 @@ void FollowSwatch(ColourControlK7& swatch, FloatControlK7& level, double time) {
 
 void Flare::Process() {
     if (IsAborted()) return;
-    Start(*LightInput.Image, *Output.Image);
-    TakeValues();
-    if (MakeTables() && BuildLightMap()) {
-        if (LightMapOnly.Value)
-            ShowLightMap();
-        else
-            ThrowLights();
-    }
+    InDepth(Background, Output, [&](const auto& background, auto& output) { Shine(background, output); });
     Finish();
 }
 
-void Flare::ShowLightMap() {
-    Output.Image->CopyColour(LightMapImage.get());
-    Output.Image->CopyAlpha(LightInput.Image);
-}
-
-void Flare::ThrowLights() {
-    if (IsAborted() || !PrepareLights()) return;
-    RunChunks(WorkerOf<&Flare::AccumulateRows>, Accumulation.Box().Height());
-    RunChunks(WorkerOf<&Flare::CombineFrame>, Accumulation.Box().Height());
-    if (!ProcessAlpha) Output.Image->CopyAlpha(Background.Image);
+template <class Sample>
+void Flare::Shine(const PictureK7<Sample>& background, PictureK7<Sample>& output) {
+    const PictureK7<Sample>& lights = *LightInput.Of<Sample>();
+    Start(output);
+    TakeValues();
+    if (!MakeTables()) return;
+    const LightMap<Sample> map = MakeLightMap<Sample>();
+    if (!map.image) return;
+    RunRows(*this, Height, [&](int first, int last) { SelectRows(lights, *map.image, first, last); });
+    if (!CollectLights(*map.image, Width / 2, Height / 2) || IsAborted()) return;
+    if (LightMapOnly.Value) {
+        output.CopyColour(map.image.get());
+        output.CopyAlpha(&lights);
+        return;
+    }
+    ThrowLights(*this, background, output);
+    if (!ProcessAlpha) output.CopyAlpha(&background);
 }
 
 void Flare::TakeValues() {
@@ -109,36 +109,29 @@ bool Flare::WideOpen() const {
     return LowLevel <= 1 && std::max(LowLevel, HighLevel) >= 32765;
 }
 
-bool Flare::BuildLightMap() {
-    if (!MakeLightMap()) return false;
-    RunChunks(WorkerOf<&Flare::SelectRows>, Height);
-    return CollectLights(Width / 2, Height / 2);
-}
-
-void Flare::SelectRows(int first, int last) {
+template <class Sample>
+void Flare::SelectRows(const PictureK7<Sample>& lights, const PictureK7<Sample>& map, int first,
+                       int last) const {
+    // A light's mean lies in the step of a level; among floats the highest has no upper end.
     const int high = std::max(LowLevel, HighLevel);
+    const auto low = static_cast<float>(LowLevel);
+    const float end =
+        high >= kFullScale ? std::numeric_limits<float>::infinity() : static_cast<float>(high) + 1.0f;
     const bool all = WideOpen();
     const std::size_t left = static_cast<std::size_t>(LightBox.Left) * K7Image::Channels;
     for (int y = first; y <= last; ++y) {
-        const u16* from = LightInput.Image->Rows[y] + left;
-        u16* to = LightMapImage->Rows[y];
-        std::memset(to, 0, LightMapImage->RowBytes());
+        const Sample* from = lights.Rows[y] + left;
+        Sample* to = map.Rows[y];
+        std::memset(to, 0, map.RowBytes());
         if (y < LightBox.Bottom || y >= LightBox.Top) continue;
         to += left;
         for (int x = LightBox.Left; x < LightBox.Right;
              ++x, from += K7Image::Channels, to += K7Image::Channels) {
-            const int mean = (from[0] + from[1] + from[2]) / 3;
-            if (all || (mean >= LowLevel && mean <= high)) std::memcpy(to, from, 3 * sizeof(u16));
+            const auto mean = static_cast<float>((from[0] + from[1] + from[2]) / 3);
+            if (!all && !(mean >= low && mean < end)) continue;
+            for (int c = 0; c < 3; ++c) to[c] = std::max(from[c], Sample{0});
         }
     }
-}
-
-void Flare::AccumulateRows(int first, int last) {
-    Accumulation.AccumulateLights(first, last);
-}
-
-void Flare::CombineFrame(int first, int last) {
-    CombineRows(*Background.Image, *Output.Image, first, last);
 }
 
 // Controls that follow others.

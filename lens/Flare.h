@@ -64,12 +64,10 @@ private:
     void TakeValues();
     PixelBox LightRectangle() const;
     bool WideOpen() const;
-    bool BuildLightMap();
-    void ShowLightMap();
-    void ThrowLights();
-    void SelectRows(int first, int last);
-    void AccumulateRows(int first, int last);
-    void CombineFrame(int first, int last);
+    template <class Sample>
+    void Shine(const PictureK7<Sample>& background, PictureK7<Sample>& output);
+    template <class Sample>
+    void SelectRows(const PictureK7<Sample>& lights, const PictureK7<Sample>& map, int first, int last) const;
 
     int LowLevel = 0; ///< levels of a light, inclusive
     int HighLevel = 0;

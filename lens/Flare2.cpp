@@ -66,14 +66,21 @@ int PixelAt(int size, double fraction) {
 // One frame.
 
 void Flare2::Process() {
-    Start(*LightInput.Image, *Output.Image);
-    TakeValues();
-    if (MakeTables() && BuildLightMap() && PrepareLights()) {
-        RunChunks(WorkerOf<&Flare2::AccumulateRows>, Accumulation.Box().Height());
-        RunChunks(WorkerOf<&Flare2::CombineFrame>, Accumulation.Box().Height());
-        if (!ProcessAlpha) Output.Image->CopyAlpha(Background.Image);
-    }
+    InDepth(Background, Output, [&](const auto& background, auto& output) { Shine(background, output); });
     Finish();
+}
+
+template <class Sample>
+void Flare2::Shine(const PictureK7<Sample>& background, PictureK7<Sample>& output) {
+    Start(output);
+    TakeValues();
+    if (!MakeTables()) return;
+    const LightMap<Sample> map = MakeLightMap<Sample>();
+    if (!map.image) return;
+    FillLightMap(*map.image);
+    if (!CollectLights(*map.image, PixelAt(Width, Reflect.Value.x), PixelAt(Height, Reflect.Value.y))) return;
+    ThrowLights(*this, background, output);
+    if (!ProcessAlpha) output.CopyAlpha(&background);
 }
 
 void Flare2::TakeValues() {
@@ -107,29 +114,21 @@ PixelBox Flare2::LightPixels() const {
     return box;
 }
 
-bool Flare2::BuildLightMap() {
-    if (!MakeLightMap()) return false;
-    RunChunks(WorkerOf<&Flare2::BlackRows>, Height);
+template <class Sample>
+void Flare2::FillLightMap(const PictureK7<Sample>& map) {
+    RunRows(*this, Height, [&](int first, int last) {
+        for (int y = first; y <= last; ++y) std::memset(map.Rows[y], 0, map.RowBytes());
+    });
+    const PictureK7<Sample>& lights = *LightInput.Of<Sample>();
     const bool own = ColourFrom.Value == 1;
     for (int y = LightBox.Bottom; y < LightBox.Top; ++y)
         for (int x = LightBox.Left; x < LightBox.Right; ++x) {
             const std::size_t at = static_cast<std::size_t>(x) * K7Image::Channels;
-            std::copy_n(own ? LightColour.Value : LightInput.Image->Rows[y] + at, 3,
-                        LightMapImage->Rows[y] + at);
+            Sample* to = map.Rows[y] + at;
+            for (std::size_t c = 0; c < 3; ++c)
+                to[c] = own ? static_cast<Sample>(LightColour.Value[c])
+                            : std::max(lights.Rows[y][at + c], Sample{0});
         }
-    return CollectLights(PixelAt(Width, Reflect.Value.x), PixelAt(Height, Reflect.Value.y));
-}
-
-void Flare2::BlackRows(int first, int last) {
-    for (int y = first; y <= last; ++y) std::memset(LightMapImage->Rows[y], 0, LightMapImage->RowBytes());
-}
-
-void Flare2::AccumulateRows(int first, int last) {
-    Accumulation.AccumulateLights(first, last);
-}
-
-void Flare2::CombineFrame(int first, int last) {
-    CombineRows(*Background.Image, *Output.Image, first, last);
 }
 
 // Controls that follow others.

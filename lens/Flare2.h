@@ -59,10 +59,10 @@ public:
 private:
     void TakeValues();
     PixelBox LightPixels() const;
-    bool BuildLightMap();
-    void BlackRows(int first, int last);
-    void AccumulateRows(int first, int last);
-    void CombineFrame(int first, int last);
+    template <class Sample>
+    void Shine(const PictureK7<Sample>& background, PictureK7<Sample>& output);
+    template <class Sample>
+    void FillLightMap(const PictureK7<Sample>& map);
 };
 
 } // namespace k7

@@ -51,23 +51,33 @@ FlareSpot::FlareSpot() : LensDirectory(DataFolder()) {}
 
 void FlareSpot::Process() {
     if (IsAborted()) return;
-    ReadControls();
+    InDepth(Input, Output, [&](const auto& in, auto& out) { Shine(in, out); });
+}
+
+template <class Sample>
+void FlareSpot::Shine(const PictureK7<Sample>& in, const PictureK7<Sample>& out) {
+    ReadControls(in.Width, in.Height, out.AspectX, out.AspectY);
     const std::size_t cells = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
     ImageBuffer<int> sums(3 * cells, "FlareSpot", __LINE__);
     if (!sums) return; // the background stands in the output
     Sums.Red = sums.data();
     Sums.Green = Sums.Red + cells;
     Sums.Blue = Sums.Green + cells;
-    RunChunks(WorkerOf<&FlareSpot::FlareChunk>, Height);
+    RunRows(*this, Height, [&](int first, int last) {
+        if (first > last) return;
+        DrawGhosts(first, last);
+        for (int y = first; y <= last && !IsAborted(); ++y)
+            AddGhosts(Sums, y, ProcessAlpha, in.Rows[y], out.Rows[y]);
+    });
 }
 
-void FlareSpot::ReadControls() {
-    Width = Input.Image->Width;
-    Height = Input.Image->Height;
+void FlareSpot::ReadControls(int width, int height, double aspectX, double aspectY) {
+    Width = width;
+    Height = height;
     Sums.Width = Width;
     Sums.HighX = 2 * Width - 1;
-    Sums.AspectX = static_cast<float>(Output.Image->AspectX);
-    Sums.AspectY = static_cast<float>(Output.Image->AspectY);
+    Sums.AspectX = static_cast<float>(aspectX);
+    Sums.AspectY = static_cast<float>(aspectY);
 
     StartX = LensSpace(StartControl.Value.x);
     StartY = LensSpace(StartControl.Value.y);
@@ -115,8 +125,8 @@ bool FlareSpot::LoadUserLens() {
     return false;
 }
 
-void FlareSpot::FlareChunk(int first, int last) {
-    if (first > last) return;
+/// Draws what falls on some rows.
+void FlareSpot::DrawGhosts(int first, int last) const {
     const std::size_t width = static_cast<std::size_t>(Width);
     for (int* plane : {Sums.Red, Sums.Green, Sums.Blue})
         std::fill_n(plane + static_cast<std::size_t>(first) * width,
@@ -125,7 +135,6 @@ void FlareSpot::FlareChunk(int first, int last) {
         GhostPolygon ghost;
         if (TraceGhost(*Lens, i, &ghost)) DrawGhost(&ghost, i, first, last + 1, Lens->Count - 1);
     }
-    AddToBackground(first, last);
 }
 
 bool FlareSpot::TraceGhost(const LensTable& lens, int surface, GhostPolygon* ghost) const {
@@ -213,11 +222,6 @@ void FlareSpot::DrawFan(const GhostPolygon& ghost, int firstRow, int endRow) con
     const auto vertex = [&](int k) { return ghost.Vertices[(k + ghost.Count) % ghost.Count]; };
     for (int k = 0; k < ghost.Count; ++k)
         ScanTriangle(canvas, {&ghost, {centroid, vertex(k), vertex(k + 1)}, vertex(k - 1), vertex(k + 2)});
-}
-
-void FlareSpot::AddToBackground(int first, int last) const {
-    for (int y = first; y <= last && !IsAborted(); ++y)
-        AddGhosts(Sums, y, ProcessAlpha, Input.Image->Rows[y], Output.Image->Rows[y]);
 }
 
 void FlareSpot::RefreshControls() {

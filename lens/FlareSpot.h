@@ -56,16 +56,17 @@ public:
     std::string LensDirectory;
 
 private:
-    void ReadControls();
+    template <class Sample>
+    void Shine(const PictureK7<Sample>& in, const PictureK7<Sample>& out);
+    void ReadControls(int width, int height, double aspectX, double aspectY);
     const LensTable* GetLens(int lens, int moreElements);
     bool LoadUserLens();
 
-    void FlareChunk(int first, int last);
+    void DrawGhosts(int first, int last) const;
     bool TraceGhost(const LensTable& lens, int surface, GhostPolygon* ghost) const;
     void DrawGhost(GhostPolygon* ghost, int surface, int firstRow, int endRow, int lastSurface) const;
     void ColourGhost(GhostPolygon* ghost, int surface, int lastSurface) const;
     void DrawFan(const GhostPolygon& ghost, int firstRow, int endRow) const;
-    void AddToBackground(int first, int last) const;
 
     // The frame in work.
     const LensTable* Lens = nullptr;

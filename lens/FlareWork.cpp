@@ -29,19 +29,73 @@ struct Digits<float> {
     static constexpr float kContrastStep = 6.250039e-6f;
 };
 
-/// Adds the contrast curve's answer to a plane to one word of the background.
-u16 AddWord(u16 word, int flare) {
+/// How a light's level on the planes becomes what is added to the background: of words by the table, of
+/// floats by the curve that the table is made from, which has no end.
+template <class Sample, class Real>
+class ContrastCurve;
+
+template <class Real>
+class ContrastCurve<u16, Real> {
+public:
+    ContrastCurve(const u16* table, Real) : table_(table) {}
+    int operator()(Real level) const {
+        constexpr Real kLast = kContrastEntries - 1;
+        const Real entry = level + Real(0.5);
+        return table_[entry > 0 ? static_cast<int>(std::min(entry, kLast)) : 0];
+    }
+
+private:
+    const u16* table_;
+};
+
+template <class Real>
+class ContrastCurve<float, Real> {
+public:
+    ContrastCurve(const u16* table, Real contrast)
+        : dark_(table[0])
+        , exponent_(static_cast<float>(1.0 / contrast)) {}
+    float operator()(Real level) const {
+        if (!(level > 0)) return dark_;
+        const auto part = static_cast<float>(level * Digits<Real>::kContrastStep);
+        const float light = std::pow(part, exponent_) * static_cast<float>(kFullScale);
+        return light < kMost ? light : kMost;
+    }
+
+private:
+    static constexpr float kMost = 65504.0f * kFullScale; // the largest half
+    float dark_;
+    float exponent_;
+};
+
+/// Alpha grows by the brightness of the flare, and stops at full scale unless it was above.
+u16 GrownAlpha(u16 alpha, int brightness16) {
+    return static_cast<u16>(std::min(alpha + (brightness16 >> 4), kFullScale));
+}
+float GrownAlpha(float alpha, float brightness16) {
+    return std::max(alpha, std::min(alpha + brightness16 / 16.0f, static_cast<float>(kFullScale)));
+}
+
+u16 Lit(u16 word, int flare) {
     return static_cast<u16>(std::min(word + flare, kFullScale));
 }
+float Lit(float sample, float flare) {
+    return sample + flare;
+}
+
+/// A ghost dimmer than this has nothing to show: truncation leaves nothing of words, and of floats it is far
+/// below what any format keeps of a picture.
+template <class Real, class Sample>
+constexpr Real kDimmest = SampleTraits<Sample>::kWords ? Real(0.5) : Real(1.0 / 256);
 
 } // namespace
 
 template <class Real>
-void FlareWork<Real>::Start(const K7Image& lightInput, const K7Image& output) {
+template <class Sample>
+void FlareWork<Real>::Start(const PictureK7<Sample>& output) {
     randomState_.Seed(-1);
     randomState_();
-    Width = lightInput.Width;
-    Height = lightInput.Height;
+    Width = output.Width;
+    Height = output.Height;
     WidthScale = output.WidthScale;
     const auto aspect =
         static_cast<float>(static_cast<Real>(output.AspectY) / static_cast<Real>(output.AspectX));
@@ -92,19 +146,23 @@ bool FlareWork<Real>::MakeTables() {
 }
 
 template <class Real>
-bool FlareWork<Real>::MakeLightMap() {
+template <class Sample>
+typename FlareWork<Real>::template LightMap<Sample> FlareWork<Real>::MakeLightMap() const {
     const std::size_t pixels = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
-    lightWords_ = ImageBuffer<u16>(pixels * K7Image::Channels, kFlareSource<Real>, __LINE__);
-    if (lightWords_) LightMapImage = K7Image::MakeOver(lightWords_.data(), Width, Height);
-    return LightMapImage != nullptr;
+    LightMap<Sample> map;
+    map.store = ImageBuffer<Sample>(pixels * K7Image::Channels, kFlareSource<Real>, __LINE__);
+    if (map.store) map.image = PictureK7<Sample>::MakeOver(map.store.data(), Width, Height);
+    return map;
 }
 
 template <class Real>
-void FlareWork<Real>::AddGhost(const Light& light, int x, int y, Real gain) {
-    u16* pixel = LightMapImage->Rows[y] + static_cast<std::size_t>(x) * K7Image::Channels;
-    const u16 words[3] = {light.R, light.G, light.B};
+template <class Sample>
+void FlareWork<Real>::AddGhost(const PictureK7<Sample>& map, const Light& light, int x, int y, Real gain) {
+    Sample* pixel = map.Rows[y] + static_cast<std::size_t>(x) * K7Image::Channels;
+    const float samples[3] = {light.R, light.G, light.B};
     for (int c = 0; c < 3; ++c)
-        pixel[c] = ClampWord(Trunc(static_cast<Real>(words[c]) * gain + static_cast<Real>(pixel[c])));
+        pixel[c] = SampleTraits<Sample>::Truncated(static_cast<Real>(samples[c]) * gain +
+                                                   static_cast<Real>(pixel[c]));
     LightBox.Left = std::min(LightBox.Left, x);
     LightBox.Right = std::max(LightBox.Right, x + 1);
     LightBox.Bottom = std::min(LightBox.Bottom, y);
@@ -112,7 +170,8 @@ void FlareWork<Real>::AddGhost(const Light& light, int x, int y, Real gain) {
 }
 
 template <class Real>
-void FlareWork<Real>::AddGhosts(const Light& light, int centreX, int centreY) {
+template <class Sample>
+void FlareWork<Real>::AddGhosts(const PictureK7<Sample>& map, const Light& light, int centreX, int centreY) {
     const auto fromCentre = [](int at, int centre, int size) {
         return static_cast<Real>(static_cast<float>(static_cast<std::int64_t>(at) - centre) /
                                  static_cast<float>(size - 1));
@@ -120,74 +179,87 @@ void FlareWork<Real>::AddGhosts(const Light& light, int centreX, int centreY) {
     const Real fx = fromCentre(light.X, centreX, Width);
     const Real fy = fromCentre(light.Y, centreY, Height);
     const Real brightness = std::min<Real>(WorkReflectivity, 1);
-    const int brightest = std::max({light.R, light.G, light.B});
+    const Real brightest = std::max({light.R, light.G, light.B});
     for (int i = 1; i <= WorkGhosts; ++i) {
         const Real gain = brightness / static_cast<Real>(i + 1);
-        if (static_cast<Real>(brightest) * gain < Real(0.5)) return; // truncation leaves nothing from here on
+        if (brightest * gain < kDimmest<Real, Sample>) return; // and so is every one from here on
         const Real s =
             -static_cast<Real>(static_cast<float>(i) / static_cast<float>(WorkGhosts)) * WorkReflScale;
         const int x = Trunc(s * fx * static_cast<Real>(Width) + static_cast<Real>(centreX));
         const int y = Trunc(s * fy * static_cast<Real>(Height) + static_cast<Real>(centreY));
-        if (x >= 0 && x < Width && y >= 0 && y < Height) AddGhost(light, x, y, gain);
+        if (x >= 0 && x < Width && y >= 0 && y < Height) AddGhost(map, light, x, y, gain);
     }
 }
 
 template <class Real>
-bool FlareWork<Real>::CollectLights(int centreX, int centreY) {
-    if (!lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>)) return false;
+template <class Sample>
+bool FlareWork<Real>::CollectLights(const PictureK7<Sample>& map, int centreX, int centreY) {
+    if (!lights_.Collect(map, LightBox, kFlareSource<Real>)) return false;
     const bool ghosts = WorkGhosts >= 1 && WorkReflectivity >= static_cast<Real>(0.00001);
     if (!ghosts || Width < 2 || Height < 2) return true;
     for (const Light& light : lights_) {
         if (AbortRequested()) return false;
-        AddGhosts(light, centreX, centreY);
+        AddGhosts(map, light, centreX, centreY);
     }
-    return lights_.Collect(*LightMapImage, LightBox, kFlareSource<Real>);
+    return lights_.Collect(map, LightBox, kFlareSource<Real>);
 }
 
 template <class Real>
-bool FlareWork<Real>::PrepareLights() {
+template <class Sample>
+void FlareWork<Real>::ThrowLights(PluginK7& core, const PictureK7<Sample>& background,
+                                  const PictureK7<Sample>& output) {
     // Where no light comes the frame is the background already, unless the curve lifts darkness itself.
-    return Accumulation.Prepare(lights_, tables_, Setup(), streakRandom_, contrastTable_[0] != 0);
+    const bool whole = contrastTable_[0] != 0;
+    if (!accumulation_.Prepare(lights_, tables_, Setup(), streakRandom_, whole)) return;
+    const int rows = accumulation_.Box().Height();
+    RunRows(core, rows, [&](int first, int last) { accumulation_.AccumulateLights(first, last); });
+    RunRows(core, rows, [&](int first, int last) { CombineRows(background, output, first, last); });
 }
 
 template <class Real>
-void FlareWork<Real>::CombineRows(const K7Image& background, const K7Image& output, int first,
-                                  int last) const {
-    const auto curve = [table = contrastTable_.data()](Real level) -> int {
-        constexpr Real kLast = kContrastEntries - 1;
-        const Real entry = level + Real(0.5);
-        return table[entry > 0 ? static_cast<int>(std::min(entry, kLast)) : 0];
-    };
-    const LightPlanes<Real> planes = Accumulation.Planes();
+template <class Sample>
+void FlareWork<Real>::CombineRows(const PictureK7<Sample>& background, const PictureK7<Sample>& output,
+                                  int first, int last) const {
+    const ContrastCurve<Sample, Real> curve(contrastTable_.data(), lastContrast_);
+    const LightPlanes<Real> planes = accumulation_.Planes();
     const PixelBox& box = planes.Box;
     for (int y = box.Bottom + first; y <= box.Bottom + last; ++y) {
         if (AbortRequested()) return;
         const std::size_t left = static_cast<std::size_t>(box.Left) * K7Image::Channels;
-        const u16* from = background.Rows[y] + left;
-        u16* to = output.Rows[y] + left;
+        const Sample* from = background.Rows[y] + left;
+        Sample* to = output.Rows[y] + left;
         const LightSum<Real>* const end = &planes.At(box.Left, y) + box.Width();
         for (const LightSum<Real>* cell = end - box.Width(); cell != end;
              ++cell, from += K7Image::Channels, to += K7Image::Channels) {
-            const int r = curve(cell->R);
-            const int g = curve(cell->G);
-            const int b = curve(cell->B);
-            to[0] = AddWord(from[0], r);
-            to[1] = AddWord(from[1], g);
-            to[2] = AddWord(from[2], b);
-            to[3] = AddWord(from[3], Brightness16(r, g, b) >> 4);
+            const auto r = curve(cell->R);
+            const auto g = curve(cell->G);
+            const auto b = curve(cell->B);
+            to[0] = Lit(from[0], r);
+            to[1] = Lit(from[1], g);
+            to[2] = Lit(from[2], b);
+            to[3] = GrownAlpha(from[3], Brightness16(r, g, b));
         }
     }
 }
 
 template <class Real>
 void FlareWork<Real>::Finish() {
-    Accumulation.Free();
-    LightMapImage = nullptr;
-    lightWords_ = {};
+    accumulation_.Free();
     lights_ = {};
 }
 
-template class FlareWork<double>;
-template class FlareWork<float>;
+#define K7_FLARE_DEPTH(Real, Sample)                                                                         \
+    template void FlareWork<Real>::Start(const PictureK7<Sample>&);                                          \
+    template FlareWork<Real>::LightMap<Sample> FlareWork<Real>::MakeLightMap() const;                        \
+    template bool FlareWork<Real>::CollectLights(const PictureK7<Sample>&, int, int);                        \
+    template void FlareWork<Real>::ThrowLights(PluginK7&, const PictureK7<Sample>&, const PictureK7<Sample>&);
+#define K7_FLARE(Real)                                                                                       \
+    template class FlareWork<Real>;                                                                          \
+    K7_FLARE_DEPTH(Real, u16)                                                                                \
+    K7_FLARE_DEPTH(Real, float)
+K7_FLARE(double)
+K7_FLARE(float)
+#undef K7_FLARE
+#undef K7_FLARE_DEPTH
 
 } // namespace k7

@@ -19,27 +19,33 @@ class PluginK7;
 template <class Real>
 class FlareWork : public CLRK7 {
 protected:
-    /// Starts a frame: reseeds the generator and takes the measures of the pictures.
-    void Start(const K7Image& lightInput, const K7Image& output);
+    /// Starts a frame: reseeds the generator and takes the measures of the output.
+    template <class Sample>
+    void Start(const PictureK7<Sample>& output);
 
     /// Makes contrast curve and tables, and once the streaks' random numbers. False: the frame stays as it
     /// is.
     [[nodiscard]] bool MakeTables();
 
-    /// Makes LightMapImage, with undefined contents. It is no picture: its words may lie above full scale.
-    /// False without memory.
-    [[nodiscard]] bool MakeLightMap();
+    /// A light map, with undefined contents; null where allocation fails. It is no picture: words of it may
+    /// lie above full scale, and nothing in it is negative.
+    template <class Sample>
+    struct LightMap {
+        ImageBuffer<Sample> store;
+        std::unique_ptr<PictureK7<Sample>> image;
+    };
+    template <class Sample>
+    [[nodiscard]] LightMap<Sample> MakeLightMap() const;
 
-    /// Collects the lights of LightMapImage and adds the ghosts of each to both: the nth lies n steps along
-    /// the line through the centre, with reflectivity / (n + 1) of the light's words. False without memory.
-    [[nodiscard]] bool CollectLights(int centreX, int centreY);
+    /// Collects the lights of a map and adds the ghosts of each to both: the nth lies n steps along the line
+    /// through the centre, with reflectivity / (n + 1) of the light. False without memory.
+    template <class Sample>
+    [[nodiscard]] bool CollectLights(const PictureK7<Sample>& map, int centreX, int centreY);
 
-    /// Readies planes and streaks for the collected lights. False without memory.
-    [[nodiscard]] bool PrepareLights();
-
-    /// Adds rows `first` to `last` of the planes to the background, and writes the sum into `output`, which
-    /// holds the background elsewhere.
-    void CombineRows(const K7Image& background, const K7Image& output, int first, int last) const;
+    /// Sums the collected lights and adds them to the background; `output` holds the background beforehand,
+    /// and keeps it without memory.
+    template <class Sample>
+    void ThrowLights(PluginK7& core, const PictureK7<Sample>& background, const PictureK7<Sample>& output);
 
     /// Gives back what lives for one frame only.
     void Finish();
@@ -66,17 +72,19 @@ protected:
     float WidthScale = 1.0f;
     float Aspect = 1.0f; ///< height of a pixel over its width
 
-    std::unique_ptr<K7Image> LightMapImage;
-    LightAccumulation<Real> Accumulation;
-
 private:
     bool MakeContrastTable();
     void FillStreakRandom();
     StreakSetup<Real> Setup() const;
-    void AddGhosts(const Light& light, int centreX, int centreY);
-    void AddGhost(const Light& light, int x, int y, Real gain);
+    template <class Sample>
+    void AddGhosts(const PictureK7<Sample>& map, const Light& light, int centreX, int centreY);
+    template <class Sample>
+    void AddGhost(const PictureK7<Sample>& map, const Light& light, int x, int y, Real gain);
+    template <class Sample>
+    void CombineRows(const PictureK7<Sample>& background, const PictureK7<Sample>& output, int first,
+                     int last) const;
 
-    ImageBuffer<u16> lightWords_;
+    LightAccumulation<Real> accumulation_;
     FlareTables<Real> tables_;
     Buffer<u16> contrastTable_; ///< of lastContrast_; lives across frames
     Real lastContrast_ = 0;

@@ -8,18 +8,21 @@ namespace k7 {
 
 namespace {
 
-template <class Visit>
-void ForLights(const K7Image& map, const PixelBox& box, Visit visit) {
+template <class Sample, class Visit>
+void ForLights(const PictureK7<Sample>& map, const PixelBox& box, Visit visit) {
     for (int y = box.Bottom; y < box.Top && !AbortRequested(); ++y) {
-        const u16* pixel = map.Rows[y] + static_cast<std::size_t>(box.Left) * K7Image::Channels;
+        const Sample* pixel = map.Rows[y] + static_cast<std::size_t>(box.Left) * K7Image::Channels;
         for (int x = box.Left; x < box.Right; ++x, pixel += K7Image::Channels)
-            if (pixel[0] | pixel[1] | pixel[2]) visit(Light{x, y, pixel[0], pixel[1], pixel[2]});
+            if (pixel[0] > 0 || pixel[1] > 0 || pixel[2] > 0)
+                visit(Light{x, y, static_cast<float>(pixel[0]), static_cast<float>(pixel[1]),
+                            static_cast<float>(pixel[2])});
     }
 }
 
 } // namespace
 
-bool LightList::Collect(const K7Image& lightMap, const PixelBox& box, const char* source) {
+template <class Sample>
+bool LightList::Collect(const PictureK7<Sample>& lightMap, const PixelBox& box, const char* source) {
     std::size_t count = 0;
     ForLights(lightMap, box, [&](const Light&) { ++count; });
     if (AbortRequested()) return false; // before memory is filled that nobody will use
@@ -29,6 +32,9 @@ bool LightList::Collect(const K7Image& lightMap, const PixelBox& box, const char
     ForLights(lightMap, box, [&](const Light& light) { *next++ = light; });
     return !AbortRequested();
 }
+
+template bool LightList::Collect(const K7Image&, const PixelBox&, const char*);
+template bool LightList::Collect(const FloatImageK7&, const PixelBox&, const char*);
 
 PixelBox LightList::Bounds() const {
     if (size() == 0) return {0, 0, 0, 0};

@@ -5,10 +5,10 @@
 
 namespace k7 {
 
-/// A pixel of the light map that is not black.
+/// A pixel of the light map that is not black, with its samples, none of them negative.
 struct Light {
     int X, Y;
-    u16 R, G, B;
+    float R, G, B;
 };
 
 /// Columns Left to Right - 1 of rows Bottom to Top - 1.
@@ -24,7 +24,8 @@ class LightList {
 public:
     /// Takes the lights within `box`, which lies inside the map; `source` is what their memory is counted
     /// under. False without memory.
-    [[nodiscard]] bool Collect(const K7Image& lightMap, const PixelBox& box, const char* source);
+    template <class Sample>
+    [[nodiscard]] bool Collect(const PictureK7<Sample>& lightMap, const PixelBox& box, const char* source);
 
     const Light* begin() const { return lights_.begin(); }
     const Light* end() const { return lights_.end(); }

@@ -164,9 +164,7 @@ const typename StreakSet<Real>::Step* StreakSet<Real>::RowsOf(const Arm& arm, co
 template <class Real>
 void StreakSet<Real>::Add(const Light& light, const LightPlanes<Real>& planes, int first, int last) const {
     using Four = Lanes<Real>;
-    const typename Four::Vector gains = {static_cast<float>(light.R) * 0.125f,
-                                         static_cast<float>(light.G) * 0.125f,
-                                         static_cast<float>(light.B) * 0.125f, 0};
+    const typename Four::Vector gains = {light.R * 0.125f, light.G * 0.125f, light.B * 0.125f, 0};
     const auto draw = [&](const Step& step) {
         const int y = light.Y + step.Y;
         const int sideX = light.X + step.SideX;

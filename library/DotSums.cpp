@@ -28,7 +28,7 @@ void DotRow(const std::int16_t* words, std::ptrdiff_t step, const std::int16_t* 
 /// Keeps the rows round the one in work, column after column, and the weights in the same order. So the words
 /// below the table at a pixel are one piece of memory, and a step to the next row is a step of one word: the
 /// place of each column's lowest word becomes that of its left neighbour's highest.
-class DotSums : public KernelSums {
+class DotSums : public KernelSums<u16> {
 public:
     DotSums(const GaussianKernel2D& kernel, KernelReach reach, int width, int height)
         : tall_(reach.Tall())
@@ -85,8 +85,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<KernelSums> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach, int width,
-                                        int height) {
+std::unique_ptr<KernelSums<u16>> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach, int width,
+                                             int height) {
     std::unique_ptr<DotSums> sums(new (std::nothrow) DotSums(kernel, reach, width, height));
     return sums && *sums ? std::move(sums) : nullptr;
 }

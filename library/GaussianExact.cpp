@@ -1,12 +1,14 @@
 #include "library/K7Image.h"
 
 #include "baselib/Buffer.h"
+#include "baselib/Vector.h"
 #include "library/Chunks.h"
 #include "library/Dot.h"
 #include "library/GaussianKernel.h"
 #include "library/Lines.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace k7 {
 
@@ -17,8 +19,16 @@ constexpr const char* kSource = "library/K7Image";
 /// 8 neighbouring columns, a cache line, are filtered in one go.
 constexpr int kBlockLines = 8;
 
-/// A kernel cut to what can matter on a line of some length. Its middle weight may not fit 16 bits and is
-/// split in two.
+/// Results that are summed at once.
+constexpr int kTile = 64;
+
+/// What lines and weights are kept in: words in 16 bits, and with a sign, as the dot products want them.
+template <class Sample>
+using Kept = std::conditional_t<SampleTraits<Sample>::kWords, std::int16_t, float>;
+
+/// A kernel cut to what can matter on a line of some length. The middle weight may not fit 16 bits; what is
+/// beyond them stands apart.
+template <class Sample>
 struct LineKernel {
     /// Places further out than the line is long lie beyond its end from every pixel. With `dupEdges` they
     /// all see the edge pixel, and the outermost place within the line takes their weight.
@@ -27,7 +37,7 @@ struct LineKernel {
         half = std::min(whole, length - 1);
         const auto taps = static_cast<std::size_t>(2 * half + 1);
         blocks = DotBlocks(taps);
-        weights = Buffer<std::int16_t>(blocks * kDotBlock, kSource, __LINE__);
+        weights = Buffer<Kept<Sample>>(blocks * kDotBlock, kSource, __LINE__);
         if (!weights) return;
         weights.Zero();
 
@@ -37,27 +47,29 @@ struct LineKernel {
             std::uint32_t weight = middle[i];
             if (i == half && dupEdges)
                 for (int beyond = i + 1; beyond <= whole; ++beyond) weight += middle[beyond];
-            weights[half - i] = weights[half + i] = static_cast<std::int16_t>(weight);
+            weights[half - i] = weights[half + i] = static_cast<Kept<Sample>>(weight);
             left -= 2 * weight;
         }
         const std::uint32_t centre = dupEdges ? left : middle[0];
-        weights[half] = static_cast<std::int16_t>(std::min<std::uint32_t>(centre, 32767));
+        weights[half] = static_cast<Kept<Sample>>(std::min<std::uint32_t>(centre, kMostWeight));
         rest = centre - static_cast<std::uint32_t>(weights[half]);
     }
 
-    Buffer<std::int16_t> weights; ///< 2 half + 1 of them, zeros behind; null: there was no memory
+    static constexpr std::uint32_t kMostWeight =
+        SampleTraits<Sample>::kWords ? 32767 : std::uint32_t{GaussianKernel1D::Sum};
+    Buffer<Kept<Sample>> weights; ///< 2 half + 1 of them, zeros behind; null: there was no memory
     std::size_t blocks = 0;
     int half = 0;
     std::uint32_t rest = 0; ///< of the middle weight
 };
 
-/// Blurs a line in place: results take the place of words of which later ones have no need. The line's own
-/// words begin at word `half`.
-void BlurLine(const LineKernel& kernel, std::int16_t* line, int length) {
-    constexpr int tile = 64;
-    std::int32_t sums[tile];
-    for (int n = 0; n < length; n += tile, line += tile) {
-        const int count = std::min(tile, length - n);
+// A line is blurred in place: results take the place of samples of which later ones have no need. The line's
+// own samples begin at `half`.
+
+void BlurLine(const LineKernel<u16>& kernel, std::int16_t* line, int length) {
+    std::int32_t sums[kTile];
+    for (int n = 0; n < length; n += kTile, line += kTile) {
+        const int count = std::min(kTile, length - n);
         Dots(line, 1, kernel.weights.data(), kernel.blocks, count, sums);
         for (int i = 0; i < count; ++i) {
             const std::uint32_t sum = static_cast<std::uint32_t>(sums[i]) +
@@ -67,44 +79,61 @@ void BlurLine(const LineKernel& kernel, std::int16_t* line, int length) {
     }
 }
 
+/// Both samples of a distance share a weight, and the small weights of the ends are added first.
+K7_WIDE_VECTORS void BlurLine(const LineKernel<float>& kernel, float* line, int length) {
+    constexpr float one = 1.0f / GaussianKernel1D::Sum;
+    for (int n = 0; n < length; n += kTile, line += kTile) {
+        float sums[kTile] = {};
+        const float* before = line;
+        const float* behind = line + static_cast<std::ptrdiff_t>(2) * kernel.half;
+        for (const float* weight = kernel.weights.data(); before != behind; ++before, --behind, ++weight)
+            for (int i = 0; i < kTile; ++i) sums[i] += (before[i] + behind[i]) * *weight;
+        const float middle = kernel.weights[static_cast<std::size_t>(kernel.half)];
+        for (int i = 0; i < kTile; ++i) sums[i] = (sums[i] + before[i] * middle) * one;
+        std::copy_n(sums, std::min(kTile, length - n), line);
+    }
+}
+
 /// Some lines of a picture, each channel of a line in one piece with room for the kernel on both sides.
+template <class Sample>
 class LineStore {
 public:
-    LineStore(const LineKernel& kernel, const Lines& lines, int channels)
+    LineStore(const LineKernel<Sample>& kernel, const Lines& lines, int channels)
         : lines_(lines)
         , channels_(channels)
         , half_(kernel.half) {
         // An odd number of cache lines keeps the pieces from competing for the same places in the cache.
-        const std::size_t words = static_cast<std::size_t>(lines.length) + kernel.blocks * kDotBlock;
-        room_ = (words + 63) / 64 * 64 + 32;
-        store_ = Buffer<std::int16_t>(room_ * kBlockLines * K7Image::Channels, kSource, __LINE__);
+        const std::size_t samples =
+            static_cast<std::size_t>(lines.length) + kernel.blocks * kDotBlock + kTile;
+        room_ = (samples + 63) / 64 * 64 + 32;
+        store_ = Buffer<Kept<Sample>>(room_ * kBlockLines * K7Image::Channels, kSource, __LINE__);
         store_.Zero();
     }
     explicit operator bool() const { return static_cast<bool>(store_); }
 
-    std::int16_t* Line(int i, int channel) const {
+    Kept<Sample>* Line(int i, int channel) const {
         return store_.data() + static_cast<std::size_t>(i * K7Image::Channels + channel) * room_;
     }
 
-    void Load(const u16* pixels, int count) const {
+    void Load(const Sample* pixels, int count) const {
         for (int n = 0; n < lines_.length; ++n, pixels += lines_.along)
             for (int i = 0; i < count; ++i)
                 for (int c = 0; c < channels_; ++c)
-                    Line(i, c)[half_ + n] = static_cast<std::int16_t>(pixels[i * lines_.across + c]);
+                    Line(i, c)[half_ + n] = static_cast<Kept<Sample>>(pixels[i * lines_.across + c]);
     }
 
     /// Fills both margins of a line.
-    void Margins(std::int16_t* line, bool dupEdges) const {
-        std::int16_t* end = line + half_ + lines_.length;
-        std::fill_n(line, half_, dupEdges ? line[half_] : std::int16_t{0});
-        std::fill_n(end, half_, dupEdges ? end[-1] : std::int16_t{0});
+    void Margins(Kept<Sample>* line, bool dupEdges) const {
+        Kept<Sample>* end = line + half_ + lines_.length;
+        std::fill_n(line, half_, dupEdges ? line[half_] : Kept<Sample>{0});
+        std::fill_n(end, half_, dupEdges ? end[-1] : Kept<Sample>{0});
     }
 
-    void Save(u16* pixels, int count) const {
+    void Save(Sample* pixels, int count) const {
         for (int n = 0; n < lines_.length; ++n, pixels += lines_.along)
             for (int i = 0; i < count; ++i)
                 for (int c = 0; c < channels_; ++c)
-                    pixels[i * lines_.across + c] = static_cast<u16>(Line(i, c)[n]);
+                    pixels[i * lines_.across + c] = static_cast<Sample>(Line(i, c)[n]);
     }
 
 private:
@@ -112,16 +141,17 @@ private:
     int channels_;
     int half_;
     std::size_t room_ = 0;
-    Buffer<std::int16_t> store_;
+    Buffer<Kept<Sample>> store_;
 };
 
 /// One pass over `count` lines. `target` may be `source`.
+template <class Sample>
 void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int channels,
-               const K7Image& source, const K7Image& target) {
+               const PictureK7<Sample>& source, const PictureK7<Sample>& target) {
     const GaussianKernel1D whole = MakeGaussianKernel1D(radius);
     if (!whole.Weights) return ReportMessage(kNoKernelMessage);
-    const LineKernel kernel(whole, lines.length, dupEdges);
-    const LineStore store(kernel, lines, channels);
+    const LineKernel<Sample> kernel(whole, lines.length, dupEdges);
+    const LineStore<Sample> store(kernel, lines, channels);
     if (!kernel.weights || !store) return ReportMessage(kNoKernelMessage);
 
     for (int first = 0; first < count && !AbortRequested(); first += kBlockLines) {
@@ -139,24 +169,29 @@ void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int c
 
 } // namespace
 
-template <>
-void K7Image::GaussianExactRows(float radius, bool dupEdges, const K7Image* source, bool withAlpha) {
+template <class Sample>
+void PictureK7<Sample>::GaussianExactRows(float radius, bool dupEdges, const PictureK7* source,
+                                          bool withAlpha) {
     BlurLines(radius, dupEdges, Lines::Rows(*this), Height, withAlpha ? 4 : 3, source ? *source : *this,
               *this);
 }
 
-template <>
-void K7Image::GaussianExactColumns(float radius, bool dupEdges, const K7Image* source, bool withAlpha) {
+template <class Sample>
+void PictureK7<Sample>::GaussianExactColumns(float radius, bool dupEdges, const PictureK7* source,
+                                             bool withAlpha) {
     BlurLines(radius, dupEdges, Lines::Columns(*this), Width, withAlpha ? 4 : 3, source ? *source : *this,
               *this);
 }
 
-template <>
-void K7Image::GaussianExact(float radius, bool dupEdges, const K7Image* source, int direction,
-                            bool withAlpha) {
+template <class Sample>
+void PictureK7<Sample>::GaussianExact(float radius, bool dupEdges, const PictureK7* source, int direction,
+                                      bool withAlpha) {
     if (direction == 0 || direction == 2) GaussianExactRows(radius, dupEdges, source, withAlpha);
     if (direction == 1) GaussianExactColumns(radius, dupEdges, source, withAlpha);
     if (direction == 2) GaussianExactColumns(radius, dupEdges, nullptr, withAlpha);
 }
+
+template void K7Image::GaussianExact(float, bool, const K7Image*, int, bool);
+template void FloatImageK7::GaussianExact(float, bool, const FloatImageK7*, int, bool);
 
 } // namespace k7

@@ -79,7 +79,7 @@ K7_ALWAYS_INLINE void Step(const Coefficients& k, const double* in, double* out,
 
 /// Truncates results to words. Adding 3 x 2^35 leaves a double whose last bit is worth 1/65536, so that the
 /// integer part stands in bits 16 to 31.
-K7_ALWAYS_INLINE void ToWords(const double* values, u16* words) {
+K7_ALWAYS_INLINE void ToSamples(const double* values, u16* words) {
     for (int i = 0; i < kLanes; ++i) {
         double value = values[i] > 0.0 ? values[i] : 0.0;
         value = value < 32767.0 ? value : 32767.0;
@@ -87,11 +87,16 @@ K7_ALWAYS_INLINE void ToWords(const double* values, u16* words) {
     }
 }
 
-/// The words of one pass over a chunk's lines, from `source` to `target` (which may be one store).
+K7_ALWAYS_INLINE void ToSamples(const double* values, float* samples) {
+    for (int i = 0; i < kLanes; ++i) samples[i] = static_cast<float>(values[i]);
+}
+
+/// The samples of one pass over a chunk's lines, from `source` to `target` (which may be one store).
+template <class Sample>
 struct Pass {
     Lines lines;
-    const u16* source; ///< at the first channel filtered
-    u16* target;
+    const Sample* source; ///< at the first channel filtered
+    Sample* target;
     int channels; ///< 1, 3 or 4
     double sigma;
 
@@ -99,12 +104,12 @@ struct Pass {
 };
 
 /// Filters blocks of lines, `step` channels of each side by side, and writes the first `written` of them. A
-/// block is read to its end before the first word of it is written.
-template <int step, int written>
+/// block is read to its end before the first sample of it is written.
+template <class Sample, int step, int written>
 class BlockFilter {
 public:
     /// `line` has room for Padded() samples and three more.
-    BlockFilter(const Pass& pass, double* line)
+    BlockFilter(const Pass<Sample>& pass, double* line)
         : pass_(pass)
         , k_(pass.sigma)
         , pad_(PadOf(pass.sigma))
@@ -147,62 +152,66 @@ private:
     }
 
     K7_ALWAYS_INLINE void Load(const Block& block, int n, double* values) const {
-        const u16* sample = pass_.source + n * pass_.lines.along;
-        u16 words[kLanes];
-        for (int i = 0; i < kLines; ++i) std::memcpy(words + i * step, sample + block[i], step * sizeof(u16));
-        for (int i = 0; i < kLanes; ++i) values[i] = words[i];
+        const Sample* sample = pass_.source + n * pass_.lines.along;
+        Sample samples[kLanes];
+        for (int i = 0; i < kLines; ++i)
+            std::memcpy(samples + i * step, sample + block[i], step * sizeof(Sample));
+        for (int i = 0; i < kLanes; ++i) values[i] = samples[i];
         Prefetch(block, pass_.source + std::min(n + kAhead, samples_ - 1) * pass_.lines.along);
     }
 
     K7_ALWAYS_INLINE void Store(const Block& block, int n, const double* values) const {
-        u16* sample = pass_.target + n * pass_.lines.along;
-        u16 words[kLanes];
-        ToWords(values, words);
+        Sample* sample = pass_.target + n * pass_.lines.along;
+        Sample samples[kLanes];
+        ToSamples(values, samples);
         for (int i = 0; i < kLines; ++i)
-            std::memcpy(sample + block[i], words + i * step, written * sizeof(u16));
+            std::memcpy(sample + block[i], samples + i * step, written * sizeof(Sample));
         Prefetch(block, pass_.target + std::max(n - kAhead, 0) * pass_.lines.along);
     }
 
     /// Samples between one in work and the one that is asked for from memory: the processor sees no pattern
     /// in the samples of columns, which lie pages apart.
     static constexpr int kAhead = 12;
-    K7_ALWAYS_INLINE static void Prefetch(const Block& block, const u16* sample) {
+    K7_ALWAYS_INLINE static void Prefetch(const Block& block, const Sample* sample) {
         __builtin_prefetch(sample + block[0]);
         __builtin_prefetch(sample + block[kLines - 1]);
     }
 
     K7_ALWAYS_INLINE double* At(int n) const { return line_ + static_cast<std::ptrdiff_t>(n) * kLanes; }
 
-    const Pass& pass_;
+    const Pass<Sample>& pass_;
     const Coefficients k_;
     const int pad_, samples_, padded_;
     double* const line_;
 };
 
-K7_WIDE_VECTORS void FilterLines(const Pass& pass, int first, int last, double* line) {
-    // Next to the 1/65536 that a word is told by, what they would add is nothing.
+template <class Sample>
+K7_WIDE_VECTORS void FilterLines(const Pass<Sample>& pass, int first, int last, double* line) {
+    // What they would add lies far below the last digit of a float, let alone of a word.
     const NoDenormals noDenormals;
     if (pass.channels == 1)
-        BlockFilter<1, 1>(pass, line).Filter(first, last);
+        BlockFilter<Sample, 1, 1>(pass, line).Filter(first, last);
     else if (pass.channels == 3)
-        BlockFilter<4, 3>(pass, line).Filter(first, last);
+        BlockFilter<Sample, 4, 3>(pass, line).Filter(first, last);
     else
-        BlockFilter<4, 4>(pass, line).Filter(first, last);
+        BlockFilter<Sample, 4, 4>(pass, line).Filter(first, last);
 }
 
-void CopyLines(const Pass& pass, int first, int last) {
+template <class Sample>
+void CopyLines(const Pass<Sample>& pass, int first, int last) {
     for (int i = first; i <= last; ++i)
         for (int n = 0; n < pass.lines.length; ++n) {
             const std::ptrdiff_t at = i * pass.lines.across + n * pass.lines.along;
             std::memmove(pass.target + at, pass.source + at,
-                         static_cast<std::size_t>(pass.channels) * sizeof(u16));
+                         static_cast<std::size_t>(pass.channels) * sizeof(Sample));
         }
 }
 
 /// One pass over a picture's rows or columns, on all threads; in place where the source is the picture
 /// itself.
-void RunPass(Lines lines, int count, const u16* source, u16* target, int channels, double sigma) {
-    const Pass pass = {lines, source, target, channels, sigma};
+template <class Sample>
+void RunPass(Lines lines, int count, const Sample* source, Sample* target, int channels, double sigma) {
+    const Pass<Sample> pass = {lines, source, target, channels, sigma};
     RunImageRows(count, [&](int first, int last) {
         if (first > last) return;
         const Buffer<double> line((static_cast<std::size_t>(pass.Padded()) + 3) * kLanes, "library/K7Image",
@@ -214,12 +223,13 @@ void RunPass(Lines lines, int count, const u16* source, u16* target, int channel
     });
 }
 
-void RunPasses(K7Image& image, float radius, const K7Image* source, int direction, int firstChannel,
-               int endChannel) {
+template <class Sample>
+void RunPasses(PictureK7<Sample>& image, float radius, const PictureK7<Sample>* source, int direction,
+               int firstChannel, int endChannel) {
     const double sigma = SigmaOf(radius);
     const int channels = endChannel - firstChannel;
-    u16* target = image.Pixels + firstChannel;
-    const u16* from = source ? source->Pixels + firstChannel : target;
+    Sample* target = image.Pixels + firstChannel;
+    const Sample* from = source ? source->Pixels + firstChannel : target;
     if (direction == 0 || direction == 2) {
         RunPass(Lines::Rows(image), image.Height, from, target, channels, sigma);
         from = target;
@@ -230,19 +240,25 @@ void RunPasses(K7Image& image, float radius, const K7Image* source, int directio
 
 } // namespace
 
-template <>
-void K7Image::GaussianRecursive(float radius, const K7Image* source, int direction, bool withAlpha) {
+template <class Sample>
+void PictureK7<Sample>::GaussianRecursive(float radius, const PictureK7* source, int direction,
+                                          bool withAlpha) {
     RunPasses(*this, radius, source, direction, 0, withAlpha ? 4 : 3);
 }
 
-template <>
-void K7Image::GaussianRecursiveChannel(float radius, const K7Image* source, int direction, int channel,
-                                       bool keepOthers) {
+template <class Sample>
+void PictureK7<Sample>::GaussianRecursiveChannel(float radius, const PictureK7* source, int direction,
+                                                 int channel, bool keepOthers) {
     if (source && keepOthers)
         CopyScaled(source, 1.0f, 1.0f, 1.0f, 1.0f);
     else if (source)
         Fill(0, 0, 0, 0);
     RunPasses(*this, radius, source, direction, channel, channel + 1);
 }
+
+template void K7Image::GaussianRecursive(float, const K7Image*, int, bool);
+template void FloatImageK7::GaussianRecursive(float, const FloatImageK7*, int, bool);
+template void K7Image::GaussianRecursiveChannel(float, const K7Image*, int, int, bool);
+template void FloatImageK7::GaussianRecursiveChannel(float, const FloatImageK7*, int, int, bool);
 
 } // namespace k7

@@ -8,17 +8,18 @@
 
 namespace k7 {
 
-/// The sums of the words round each pixel of a channel, times the weights of a table; black lies beyond the
-/// picture. Sums are whole numbers below 2^53.
+/// The sums of the samples round each pixel of a channel, times the weights of a table; black lies beyond the
+/// picture. Sums of words are whole numbers below 2^53.
+template <class Sample>
 class KernelSums {
 public:
     virtual ~KernelSums() = default;
 
-    /// Begins a channel of a picture.
-    virtual void Start(const K7Image& source, int channel) = 0;
+    /// Begins a channel of a picture. Channels follow each other upwards from 0.
+    virtual void Start(const PictureK7<Sample>& source, int channel) = 0;
 
-    /// Writes the sums along row y. Rows are asked for upwards from 0; of the rows up to y the source is not
-    /// needed any more.
+    /// Writes the sums along row y. Rows are asked for upwards from 0; of the rows up to y of this channel
+    /// the source is not needed any more.
     virtual void Row(int y, double* sums) = 0;
 };
 
@@ -30,15 +31,23 @@ struct KernelReach {
     std::int64_t Places() const { return static_cast<std::int64_t>(Wide()) * Tall(); }
 };
 
-// Two ways to the same sums, for pictures of a size; null without memory.
+// Ways to the same sums, for pictures of a size; null without memory.
 
 /// Place by place; the weights within reach must not add up to more than kMostDotWeight.
 inline constexpr int kMostDotWeight = 65535;
-[[nodiscard]] std::unique_ptr<KernelSums> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach,
-                                                      int width, int height);
+[[nodiscard]] std::unique_ptr<KernelSums<u16>> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach,
+                                                           int width, int height);
 
-/// By a transform of the whole picture, in a time that hardly depends on the reach.
-[[nodiscard]] std::unique_ptr<KernelSums> MakeTransformSums(const GaussianKernel2D& kernel, KernelReach reach,
-                                                            int width, int height);
+/// For floats: the places that share a weight are added first, in double precision. For tables whose size is
+/// not much more than kMostBellSize.
+inline constexpr int kMostBellSize = 41;
+[[nodiscard]] std::unique_ptr<KernelSums<float>> MakeBellSums(const GaussianKernel2D& kernel, int width,
+                                                              int height);
+
+/// By a transform of the whole picture, in a time that hardly depends on the reach. Sums of words are exact;
+/// of floats they err by less than 1e-12 of the largest.
+template <class Sample>
+[[nodiscard]] std::unique_ptr<KernelSums<Sample>> MakeTransformSums(const GaussianKernel2D& kernel,
+                                                                    KernelReach reach, int width, int height);
 
 } // namespace k7

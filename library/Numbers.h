@@ -30,7 +30,8 @@ constexpr int Trunc(float value) {
 }
 
 /// Brightness of a colour, 16 times its level.
-constexpr int Brightness16(int red, int green, int blue) {
+template <class Number>
+constexpr auto Brightness16(Number red, Number green, Number blue) {
     return 5 * red + 8 * green + 3 * blue;
 }
 

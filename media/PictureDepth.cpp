@@ -2,6 +2,7 @@
 
 #include "media/PictureFile.h"
 
+#include <cmath>
 #include <new>
 #include <vector>
 
@@ -56,6 +57,16 @@ void DivideByAlpha(Image& image) {
         if (rgba[3] == 0.0f) return;
         for (int c = 0; c < 3; ++c) rgba[c] /= rgba[3];
     });
+}
+
+std::shared_ptr<Image> Exposed(std::shared_ptr<Image> image, double stops) {
+    if (stops == 0.0) return image;
+    const auto gain = static_cast<float>(std::exp2(stops));
+    std::shared_ptr<Image> exposed = Convert(*image, Depth::Float);
+    Pass(*exposed, *exposed, [gain](float* rgba) {
+        for (int c = 0; c < 3; ++c) rgba[c] *= gain;
+    });
+    return exposed;
 }
 
 float BrightnessOf(const float* rgb) {

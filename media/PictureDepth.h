@@ -20,6 +20,9 @@ std::shared_ptr<host::Image> AtLeast(std::shared_ptr<host::Image> image, host::D
 void MultiplyByAlpha(host::Image& image);
 void DivideByAlpha(host::Image& image);
 
+/// The picture itself, or a copy in floats whose colours are 2^stops as bright.
+std::shared_ptr<host::Image> Exposed(std::shared_ptr<host::Image> image, double stops);
+
 /// The brightness of a colour (Rec. 709), which is the grey itself where all three are equal.
 float BrightnessOf(const float* rgb);
 

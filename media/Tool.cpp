@@ -86,6 +86,18 @@ std::vector<std::string> Tool::SingleFiles() const {
     return all;
 }
 
+void Tool::ChooseDepth(WorkingDepth depth, int frame) {
+    if (depth == WorkingDepth::OfPicture) {
+        try {
+            if (MainClip().At(frame).image->PixelDepth < host::Depth::Half) return;
+        } catch (const FrameError&) {
+            return; // is told when the frame is rendered
+        }
+    }
+    host::Input& floats = FindControl(*operator_, "FloatPictures");
+    floats.SetSource(host::AutoNumber(depth != WorkingDepth::Words).get(), host::kTimeNow, 1, nullptr);
+}
+
 void Tool::SetExtent(const FrameSpan& span) {
     operator_->SetExtent({static_cast<double>(span.first), static_cast<double>(span.last) + 1, 1});
 }

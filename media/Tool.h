@@ -12,6 +12,13 @@
 
 namespace media {
 
+/// In which depth a tool works.
+enum class WorkingDepth {
+    OfPicture, ///< in floats where the main picture is half or float, otherwise as its settings say
+    Words,
+    Floats,
+};
+
 /// One tool in a composition of its own, with clips at its image inputs.
 class Tool {
 public:
@@ -33,6 +40,8 @@ public:
     /// The files at the inputs: all of them, or those of single pictures only.
     std::vector<std::string> FilesRead() const;
     std::vector<std::string> SingleFiles() const;
+    /// Sets the depth in which the tool works; `frame` is one whose main picture tells.
+    void ChooseDepth(WorkingDepth depth, int frame);
     /// The tool has pictures from `first` to `last`.
     void SetExtent(const FrameSpan& span);
 

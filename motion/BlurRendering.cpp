@@ -33,27 +33,35 @@ std::size_t Cell(int x, int y, int width) {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
 }
 
-/// The mean of what a pixel has got, rounded; opaque black where it has got nothing.
-void StorePixel(u16* pixel, Float4 sum, float weight) {
-    if (weight <= kNoWeight) {
-        pixel[0] = pixel[1] = pixel[2] = 0;
-        pixel[3] = kFullScale;
-        return;
-    }
+void StoreMean(float* pixel, Float4 mean) {
+    StoreFloat4(pixel, mean);
+}
+void StoreMean(u16* pixel, Float4 mean) {
     // Compare the fraction with a half: adding the half in float could carry into the next word.
-    const Float4 mean = sum / weight;
     const Int4 words = __builtin_convertvector(mean, Int4);
     const Int4 roundsUp = mean - __builtin_convertvector(words, Float4) >= 0.5f; // -1 where it does
     for (int c = 0; c < kChannels; ++c) pixel[c] = ClampWord(words[c] - roundsUp[c]);
 }
 
+/// The mean of what a pixel has got, words rounded; opaque black where it has got nothing.
+template <class Sample>
+void StorePixel(Sample* pixel, Float4 sum, float weight) {
+    if (weight <= kNoWeight) {
+        pixel[0] = pixel[1] = pixel[2] = 0;
+        pixel[3] = kFullScale;
+        return;
+    }
+    StoreMean(pixel, sum / weight);
+}
+
 } // namespace
 
 /// Lays the paths of a frame into some rows of the canvas.
+template <class Sample>
 class BlurRenderer::Splatter {
 public:
-    Splatter(const Level& canvas, const K7Image& previous, const K7Image& current, const MotionField& field,
-             const BlurPaths& paths, int first, int last)
+    Splatter(const Level& canvas, const PictureK7<Sample>& previous, const PictureK7<Sample>& current,
+             const MotionField& field, const BlurPaths& paths, int first, int last)
         : canvas_(canvas)
         , previous_(previous)
         , current_(current)
@@ -105,13 +113,13 @@ private:
     }
 
     /// The later frame between its pixels.
-    Float4 Sample(float x, float y) const {
+    Float4 Between(float x, float y) const {
         const int ix = static_cast<int>(x);
         const int iy = static_cast<int>(y);
         const float fx = x - static_cast<float>(ix);
         const float fy = y - static_cast<float>(iy);
-        const u16* lower = current_.Rows[iy] + kChannels * ix;
-        const u16* upper = current_.Rows[iy + 1] + kChannels * ix;
+        const Sample* lower = current_.Rows[iy] + kChannels * ix;
+        const Sample* upper = current_.Rows[iy + 1] + kChannels * ix;
         return (LoadPixel(lower) * (1.0f - fx) + LoadPixel(lower + kChannels) * fx) * (1.0f - fy) +
                (LoadPixel(upper) * (1.0f - fx) + LoadPixel(upper + kChannels) * fx) * fy;
     }
@@ -125,7 +133,7 @@ private:
 
         // The colour turns into what the vector points at, however far the path goes.
         const Float4 colour = LoadPixel(previous_.Rows[y] + kChannels * x);
-        const Float4 change = Sample(PathEnd(x, dx, endX_), PathEnd(y, dy, endY_)) - colour;
+        const Float4 change = Between(PathEnd(x, dx, endX_), PathEnd(y, dy, endY_)) - colour;
 
         // Lay a sample and a half for each pixel of the path.
         const float pathX = endX - startX;
@@ -167,8 +175,8 @@ private:
     }
 
     Level canvas_;
-    const K7Image& previous_;
-    const K7Image& current_;
+    const PictureK7<Sample>& previous_;
+    const PictureK7<Sample>& current_;
     const MotionField& field_;
     BlurPaths paths_;
     int first_;
@@ -201,8 +209,9 @@ bool BlurRenderer::MakeBuffers(int width, int height, int number) {
     return true;
 }
 
-void BlurRenderer::RenderBlur(PluginK7& core, K7Image& output, const K7Image& previous,
-                              const K7Image& current, const MotionField& field, BlurPaths paths) {
+template <class Sample>
+void BlurRenderer::RenderBlur(PluginK7& core, PictureK7<Sample>& output, const PictureK7<Sample>& previous,
+                              const PictureK7<Sample>& current, const MotionField& field, BlurPaths paths) {
     // Hold the settings to what the sums can bear.
     paths.StepLimit = std::max(paths.StepLimit, 2);
     paths.StartWeight = Bound(paths.StartWeight, 1.0f, kMostWeight);
@@ -216,7 +225,7 @@ void BlurRenderer::RenderBlur(PluginK7& core, K7Image& output, const K7Image& pr
     });
     RunRows(core, height, [&](int first, int last) {
         if (first > last) return;
-        const Splatter splatter(levels_[0], previous, current, field, paths, first, last);
+        const Splatter<Sample> splatter(levels_[0], previous, current, field, paths, first, last);
         for (int y = first; y <= last && !core.IsAborted(); ++y) splatter.ClearRow(y);
         for (int y = 0; y < height && !core.IsAborted(); ++y)
             if (splatter.Meets(y, reach_[static_cast<std::size_t>(y)])) splatter.SplatRow(y);
@@ -231,6 +240,11 @@ void BlurRenderer::RenderBlur(PluginK7& core, K7Image& output, const K7Image& pr
         for (int y = first; y <= last && !core.IsAborted(); ++y) ResolveRow(output, y);
     });
 }
+
+template void BlurRenderer::RenderBlur(PluginK7&, K7Image&, const K7Image&, const K7Image&,
+                                       const MotionField&, BlurPaths);
+template void BlurRenderer::RenderBlur(PluginK7&, FloatImageK7&, const FloatImageK7&, const FloatImageK7&,
+                                       const MotionField&, BlurPaths);
 
 void BlurRenderer::FindReach(const MotionField& field, int y) {
     const float* dy = field.Dy + Cell(0, y, field.Width);
@@ -255,10 +269,11 @@ void BlurRenderer::HalveRow(const Level& source, const Level& target, int y) {
     }
 }
 
-void BlurRenderer::ResolveRow(K7Image& output, int y) const {
+template <class Sample>
+void BlurRenderer::ResolveRow(PictureK7<Sample>& output, int y) const {
     const float* colour = levels_[0].Colour + kChannels * Cell(0, y, output.Width);
     const float* weights = levels_[0].Weight + Cell(0, y, output.Width);
-    u16* pixel = output.Rows[y];
+    Sample* pixel = output.Rows[y];
     for (int x = 0; x < output.Width; ++x, pixel += kChannels) {
         Float4 sum = LoadFloat4(colour + kChannels * x);
         float weight = weights[x];

@@ -29,8 +29,9 @@ public:
     /// pixels wide or high must be zero. Every chunk drops the share that a path's end less than a row below
     /// the chunk would give to its first row, so that the division into chunks shows there; otherwise threads
     /// do not change the frame. `core` gives the threads.
-    void RenderBlur(PluginK7& core, K7Image& output, const K7Image& previous, const K7Image& current,
-                    const MotionField& field, BlurPaths paths);
+    template <class Sample>
+    void RenderBlur(PluginK7& core, PictureK7<Sample>& output, const PictureK7<Sample>& previous,
+                    const PictureK7<Sample>& current, const MotionField& field, BlurPaths paths);
 
 private:
     static constexpr int kLevels = 10;
@@ -49,11 +50,13 @@ private:
         float high;
     };
 
+    template <class Sample>
     class Splatter;
 
     void FindReach(const MotionField& field, int y);
     static void HalveRow(const Level& source, const Level& target, int y);
-    void ResolveRow(K7Image& output, int y) const;
+    template <class Sample>
+    void ResolveRow(PictureK7<Sample>& output, int y) const;
 
     int levelCount_ = 0;
     Level levels_[kLevels];

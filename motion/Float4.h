@@ -21,9 +21,12 @@ inline void StoreFloat4(float* to, Float4 value) {
     std::memcpy(to, &value, sizeof value);
 }
 
-/// A pixel's words as floats.
+/// A pixel's samples as floats.
 inline Float4 LoadPixel(const u16* pixel) {
     return __builtin_convertvector((Int4{pixel[0], pixel[1], pixel[2], pixel[3]}), Float4);
+}
+inline Float4 LoadPixel(const float* pixel) {
+    return LoadFloat4(pixel);
 }
 
 } // namespace k7

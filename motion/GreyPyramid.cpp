@@ -17,6 +17,12 @@ namespace {
 int Luma(const u16* pixel) {
     return 77 * pixel[0] + 128 * pixel[1] + 51 * pixel[2];
 }
+int Luma(const float* pixel) {
+    const auto word = [](float value) {
+        return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(kFullScale)) + 0.5f);
+    };
+    return 77 * word(pixel[0]) + 128 * word(pixel[1]) + 51 * word(pixel[2]);
+}
 
 void TakeLess(std::atomic<int>& least, int value) {
     for (int held = least; value < held && !least.compare_exchange_weak(held, value);) {}
@@ -29,9 +35,10 @@ float Gaussian(int distance, float sigma) {
 
 /// Blurs the grey of a picture row by row. Rows blurred along themselves stay in a ring until the column sums
 /// above them are done, so that no plane of floats is needed.
+template <class Sample>
 class GreyBlur {
 public:
-    GreyBlur(const K7Image& picture, LumaRange range, const Buffer<float>& kernel)
+    GreyBlur(const PictureK7<Sample>& picture, LumaRange range, const Buffer<float>& kernel)
         : picture_(picture)
         , range_(range)
         , kernel_(kernel)
@@ -68,7 +75,7 @@ private:
         // Turn luma into grey, with the edge pixels repeated to both sides.
         const float scale = 255.0f / static_cast<float>(range_.high - range_.low);
         float* grey = padded_.data() + half_;
-        const u16* pixel = picture_.Rows[y];
+        const Sample* pixel = picture_.Rows[y];
         for (std::size_t x = 0; x < width_; ++x, pixel += K7Image::Channels)
             grey[x] =
                 static_cast<float>(static_cast<int>(static_cast<float>(Luma(pixel) - range_.low) * scale));
@@ -91,7 +98,7 @@ private:
             target[x] = static_cast<std::uint8_t>(static_cast<int>(std::clamp(sums_[x], 0.0f, 255.0f)));
     }
 
-    const K7Image& picture_;
+    const PictureK7<Sample>& picture_;
     LumaRange range_;
     const Buffer<float>& kernel_;
     int half_;
@@ -114,15 +121,16 @@ void HalveLevel(const GreyLevel& source, const GreyLevel& target) {
 
 } // namespace
 
-LumaRange FindLumaRange(PluginK7& core, const K7Image& first, const K7Image& second) {
+template <class Sample>
+LumaRange FindLumaRange(PluginK7& core, const PictureK7<Sample>& first, const PictureK7<Sample>& second) {
     std::atomic<int> least = std::numeric_limits<int>::max();
     std::atomic<int> leastNegative = std::numeric_limits<int>::max();
     RunRows(core, first.Height, [&](int firstRow, int lastRow) {
         int low = std::numeric_limits<int>::max();
         int high = 0;
         for (int y = firstRow; y <= lastRow && !core.IsAborted(); ++y)
-            for (const K7Image* picture : {&first, &second}) {
-                const u16* pixel = picture->Rows[y];
+            for (const PictureK7<Sample>* picture : {&first, &second}) {
+                const Sample* pixel = picture->Rows[y];
                 for (int x = 0; x < picture->Width; ++x, pixel += K7Image::Channels) {
                     const int luma = Luma(pixel);
                     low = std::min(low, luma);
@@ -134,6 +142,9 @@ LumaRange FindLumaRange(PluginK7& core, const K7Image& first, const K7Image& sec
     });
     return {least, -leastNegative};
 }
+
+template LumaRange FindLumaRange(PluginK7&, const K7Image&, const K7Image&);
+template LumaRange FindLumaRange(PluginK7&, const FloatImageK7&, const FloatImageK7&);
 
 Buffer<float> MakeBlurKernel(float size) {
     // Weights fall from the middle out: keep those up to the last one that counts.
@@ -165,7 +176,9 @@ bool GreyPyramid::Make(int width, int height, int number) {
     return true;
 }
 
-bool GreyPyramid::Fill(PluginK7& core, const K7Image& picture, LumaRange range, const Buffer<float>& kernel) {
+template <class Sample>
+bool GreyPyramid::Fill(PluginK7& core, const PictureK7<Sample>& picture, LumaRange range,
+                       const Buffer<float>& kernel) {
     if (range.low == range.high) {
         store_.Zero();
         return true;
@@ -173,7 +186,7 @@ bool GreyPyramid::Fill(PluginK7& core, const K7Image& picture, LumaRange range, 
     std::atomic<bool> failed = false;
     RunRows(core, picture.Height, [&](int first, int last) {
         if (first > last) return;
-        GreyBlur blur(picture, range, kernel);
+        GreyBlur<Sample> blur(picture, range, kernel);
         if (blur)
             blur.WriteRows(core, first, last, levels_[0]);
         else
@@ -182,5 +195,8 @@ bool GreyPyramid::Fill(PluginK7& core, const K7Image& picture, LumaRange range, 
     for (int l = 1; l < kLevels && !core.IsAborted(); ++l) HalveLevel(levels_[l - 1], levels_[l]);
     return !failed;
 }
+
+template bool GreyPyramid::Fill(PluginK7&, const K7Image&, LumaRange, const Buffer<float>&);
+template bool GreyPyramid::Fill(PluginK7&, const FloatImageK7&, LumaRange, const Buffer<float>&);
 
 } // namespace k7

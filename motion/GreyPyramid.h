@@ -14,8 +14,9 @@ struct LumaRange {
     int high = 0;
 };
 
-/// The range of two pictures together.
-LumaRange FindLumaRange(PluginK7& core, const K7Image& first, const K7Image& second);
+/// The range of two pictures together. Floats count as the nearest word.
+template <class Sample>
+LumaRange FindLumaRange(PluginK7& core, const PictureK7<Sample>& first, const PictureK7<Sample>& second);
 
 /// Weights of a sampled Gaussian of sigma = size / 3 that reaches to ceil(size) pixels, without those below
 /// 1e-5 of the middle; an odd number that sums to 1. A size below 0.01 counts as 0.01. Null without memory.
@@ -31,7 +32,8 @@ public:
 
     /// Takes a picture of that size: its luma over the range becomes 0 to 255, blurred with the kernel; a
     /// flat range gives 0. False without memory.
-    [[nodiscard]] bool Fill(PluginK7& core, const K7Image& picture, LumaRange range,
+    template <class Sample>
+    [[nodiscard]] bool Fill(PluginK7& core, const PictureK7<Sample>& picture, LumaRange range,
                             const Buffer<float>& kernel);
 
     const GreyLevel& operator[](int level) const { return levels_[level]; }

@@ -17,15 +17,17 @@ double Percent(double value) {
     return value * 32767.0 * 0.01f;
 }
 
-bool HasSizeOf(const std::unique_ptr<K7Image>& image, const K7Image& like) {
-    return image && image->Width == like.Width && image->Height == like.Height;
+template <class Sample>
+bool HasSize(const std::unique_ptr<PictureK7<Sample>>& image, int width, int height) {
+    return image && image->Width == width && image->Height == height;
 }
 
-/// Makes an image of the size of another unless it is there. False without memory.
-bool MakeImage(std::unique_ptr<K7Image>& image, const K7Image& like) {
-    if (HasSizeOf(image, like)) return true;
+/// Makes an image of a size unless it is there. False without memory.
+template <class Sample>
+bool MakeImage(std::unique_ptr<PictureK7<Sample>>& image, int width, int height) {
+    if (HasSize(image, width, height)) return true;
     image = nullptr; // first, so that the two do not need memory at once
-    image = K7Image::Make(like.Width, like.Height);
+    image = PictureK7<Sample>::Make(width, height);
     return image != nullptr;
 }
 
@@ -34,9 +36,15 @@ bool MakeImage(std::unique_ptr<K7Image>& image, const K7Image& like) {
 void MoBlur::Process() {
     if (IsAborted()) return;
     Publish(nullptr);
-    const Box region = Region();
-    if (Prss.Value != 0 && MakeBuffers()) RenderFrame(region);
-    if (!ProcessAlpha) Output.Image->CopyAlpha(ImageInput.Image);
+    InDepth(ImageInput, Output, [&](const auto& current, auto& output) { Blur(current, output); });
+}
+
+template <class Sample>
+void MoBlur::Blur(const PictureK7<Sample>& current, PictureK7<Sample>& output) {
+    const Box region = Region(output.Width, output.Height);
+    if (Prss.Value != 0 && MakeBuffers<Sample>(output.Width, output.Height))
+        RenderFrame(current, output, region);
+    if (!ProcessAlpha) output.CopyAlpha(&current);
 }
 
 void MoBlur::RefreshControls() {
@@ -53,12 +61,12 @@ void MoBlur::AutoBoundChanged(double time) {
     if (bound == 1) Maes.Set(kTimeNow, 0);
 }
 
-void MoBlur::RenderFrame(const Box& region) {
+template <class Sample>
+void MoBlur::RenderFrame(const PictureK7<Sample>& current, PictureK7<Sample>& output, const Box& region) {
     // The first frame, and one whose predecessor cannot be read, is compared with itself.
-    const K7Image& current = *ImageInput.Image;
-    const bool before =
-        Time > 0.0 && ImageInput.Input && ImageInput.Input->ReadInputAtTime(Time - 1.0, *previousFrame_);
-    const K7Image& previous = before ? *previousFrame_ : current;
+    PictureK7<Sample>& kept = *std::get<Kept<Sample>>(previousFrame_);
+    const bool before = Time > 0.0 && ImageInput.Input && ImageInput.Input->ReadInputAtTime(Time - 1.0, kept);
+    const PictureK7<Sample>& previous = before ? kept : current;
 
     MotionSearch search;
     search.PreBlur = static_cast<float>(Prur.Value);
@@ -75,35 +83,36 @@ void MoBlur::RenderFrame(const Box& region) {
     paths.Scale = static_cast<float>(LSle.Value);
     paths.StartWeight = static_cast<float>(Stht.Value);
     paths.EndWeight = static_cast<float>(Enht.Value);
-    renderer_.RenderBlur(*this, *Output.Image, previous, current, *field, paths);
+    renderer_.RenderBlur(*this, output, previous, current, *field, paths);
     Publish(field);
 }
 
-bool MoBlur::MakeBuffers() {
-    const K7Image& frame = *Output.Image;
-    if (HasSizeOf(previousFrame_, frame)) return true;
-    if (MakeImage(previousFrame_, frame) && estimator_.MakeBuffers(frame.Width, frame.Height) &&
-        renderer_.MakeBuffers(frame.Width, frame.Height, MotionEstimator::kBuffers))
+template <class Sample>
+bool MoBlur::MakeBuffers(int width, int height) {
+    if (!std::holds_alternative<Kept<Sample>>(previousFrame_)) previousFrame_ = Kept<Sample>();
+    auto& kept = std::get<Kept<Sample>>(previousFrame_);
+    if (HasSize(kept, width, height)) return true;
+    if (MakeImage(kept, width, height) && estimator_.MakeBuffers(width, height) &&
+        renderer_.MakeBuffers(width, height, MotionEstimator::kBuffers))
         return true;
 
     // Give back what was made; the next frame tries again.
-    previousFrame_ = nullptr;
+    kept = nullptr;
     estimator_ = {};
     renderer_ = {};
     return false;
 }
 
-MoBlur::Box MoBlur::Region() {
+MoBlur::Box MoBlur::Region(int width, int height) {
     Box bounds;
     const double frame = std::trunc(Time);
-    if (Aund.Value == 0 || !FindBounds(frame - 1.0, &bounds)) return RegionOfControls();
-    WriteRegion(bounds);
+    if (Aund.Value == 0 || !FindBounds(frame - 1.0, width, height, &bounds))
+        return RegionOfControls(width, height);
+    WriteRegion(bounds, width, height);
     return bounds;
 }
 
-MoBlur::Box MoBlur::RegionOfControls() const {
-    const double width = Output.Image->Width;
-    const double height = Output.Image->Height;
+MoBlur::Box MoBlur::RegionOfControls(double width, double height) const {
     const double scaleY = Maes.Value != 0 ? XSle.Value : YSle.Value;
     return {Trunc((Cere.Value.x - XSle.Value * 0.5) * width),
             Trunc((Cere.Value.x + XSle.Value * 0.5) * width),
@@ -111,9 +120,9 @@ MoBlur::Box MoBlur::RegionOfControls() const {
             Trunc(height * Cere.Value.y + width * 0.5 * scaleY)};
 }
 
-bool MoBlur::FindBounds(double frame, Box* bounds) {
+bool MoBlur::FindBounds(double frame, int width, int height, Box* bounds) {
     FrameSource* matte = MatteInput.Input;
-    if (!matte || !MakeImage(boundsFrame_, *Output.Image)) return false;
+    if (!matte || !MakeImage(boundsFrame_, width, height)) return false;
 
     const double lastFrame = std::trunc(ExtentEnd) - 1.0;
     const double first = std::max(std::min(frame, lastFrame), 0.0);
@@ -152,9 +161,7 @@ MoBlur::Box MoBlur::BrightBox(const K7Image& picture) const {
     return box;
 }
 
-void MoBlur::WriteRegion(const Box& bounds) {
-    const int width = Output.Image->Width;
-    const int height = Output.Image->Height;
+void MoBlur::WriteRegion(const Box& bounds, int width, int height) {
     const float w = static_cast<float>(bounds.LastColumn - bounds.FirstColumn);
     const float h = static_cast<float>(bounds.LastRow - bounds.FirstRow);
     const float x = static_cast<float>((w * 0.5 + bounds.FirstColumn) / width);

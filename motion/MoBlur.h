@@ -8,6 +8,7 @@
 #include "motion/MotionEstimator.h"
 
 #include <mutex>
+#include <variant>
 
 namespace k7 {
 
@@ -60,21 +61,30 @@ private:
         int LastRow;
     };
 
-    void RenderFrame(const Box& region);
-    bool MakeBuffers();
+    template <class Sample>
+    void Blur(const PictureK7<Sample>& current, PictureK7<Sample>& output);
+    template <class Sample>
+    void RenderFrame(const PictureK7<Sample>& current, PictureK7<Sample>& output, const Box& region);
+    template <class Sample>
+    bool MakeBuffers(int width, int height);
     void Publish(const MotionField* field);
 
-    Box Region();
-    Box RegionOfControls() const;
-    bool FindBounds(double frame, Box* bounds);
+    Box Region(int width, int height);
+    Box RegionOfControls(double width, double height) const;
+    bool FindBounds(double frame, int width, int height, Box* bounds);
     Box BrightBox(const K7Image& picture) const;
-    void WriteRegion(const Box& bounds);
+    void WriteRegion(const Box& bounds, int width, int height);
 
     void DrawVectors();
     void DrawArrow(float x0, float y0, float x1, float y1, float size) const;
 
-    std::unique_ptr<K7Image> boundsFrame_;   ///< the frame that the automatic bound scans
-    std::unique_ptr<K7Image> previousFrame_; ///< frame t - 1; while it is there, all buffers have its size
+    template <class Sample>
+    using Kept = std::unique_ptr<PictureK7<Sample>>;
+
+    Kept<u16> boundsFrame_; ///< the frame that the automatic bound scans, in words: it is compared, not shown
+
+    /// Frame t - 1 in the depth of the last frame; while it is there, all buffers have its size.
+    std::variant<Kept<u16>, Kept<float>> previousFrame_;
     MotionEstimator estimator_;
     BlurRenderer renderer_;
 

@@ -50,8 +50,10 @@ bool MotionEstimator::MakeBuffers(int width, int height) {
     return made;
 }
 
-const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const K7Image& previous,
-                                                   const K7Image& current, const MotionSearch& search) {
+template <class Sample>
+const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const PictureK7<Sample>& previous,
+                                                   const PictureK7<Sample>& current,
+                                                   const MotionSearch& search) {
     // Grey frames over their joint range, so that a global fade between them stays in.
     const LumaRange range = FindLumaRange(core, previous, current);
     if (core.IsAborted()) return nullptr; // the range may be that of no pixel at all
@@ -83,6 +85,11 @@ const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const K7Image
     });
     return &field_;
 }
+
+template const MotionField* MotionEstimator::EstimateMotion(PluginK7&, const K7Image&, const K7Image&,
+                                                            const MotionSearch&);
+template const MotionField* MotionEstimator::EstimateMotion(PluginK7&, const FloatImageK7&,
+                                                            const FloatImageK7&, const MotionSearch&);
 
 MotionEstimator::GridSpan MotionEstimator::Region(int low, int high, int points) {
     if (low > high) std::swap(low, high);

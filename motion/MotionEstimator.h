@@ -32,8 +32,9 @@ public:
 
     /// The vectors from `previous` to `current`, both of the buffers' size, or null without memory for the
     /// blur. The field is good until the next call. `core` gives the threads.
-    const MotionField* EstimateMotion(PluginK7& core, const K7Image& previous, const K7Image& current,
-                                      const MotionSearch& search);
+    template <class Sample>
+    const MotionField* EstimateMotion(PluginK7& core, const PictureK7<Sample>& previous,
+                                      const PictureK7<Sample>& current, const MotionSearch& search);
 
 private:
     struct Vector {

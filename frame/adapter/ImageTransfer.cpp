@@ -93,16 +93,14 @@ template <class Sample>
 bool Fill(const host::Image& source, PictureK7<Sample>& target, PluginK7* core) {
     if (source.Width == target.Width && source.Height == target.Height) {
         Decode(source, target);
-    } else if constexpr (SampleTraits<Sample>::kWords) {
+    } else {
         const auto decoded = PictureK7<Sample>::Make(source.Width, source.Height);
         if (!decoded) return false;
         Decode(source, *decoded);
         ImageXfmK7 resampler;
         resampler.SetFilter(ImageXfmK7::kCubic);
         resampler.SetDispatch(core, &ImageXfmK7::RunExternalChunks);
-        if (!resampler.Transfer(decoded.get(), &target)) return false;
-    } else {
-        return false;
+        if (!resampler.Transfer<Sample>(decoded.get(), &target)) return false;
     }
     if (AbortRequested()) return false; // the picture may lack rows
     target.AspectX = source.AspectX;

@@ -103,11 +103,9 @@ protected:
 
     void AddMainImage(ImageInputK7& slot, const char* name);
     void AddSecondImage(ImageInputK7& slot, const char* name, SecondImage use);
-    void AddImageOutput(ImageOutputK7& slot);
 
-    /// Adds the switch between words, its default, and floats, behind all rows of the tool's own tables. For
-    /// a core that works in both.
-    void AddDepthSwitch();
+    /// Closes the tables. Behind their rows comes the switch between words, its default, and floats.
+    void AddImageOutput(ImageOutputK7& slot);
 
     /// What happens when the user, or a script, changes a control. Own writes (`Changing`) do not come here.
     using Reaction = std::function<void(double time)>;
@@ -140,6 +138,7 @@ private:
     ControlInput* NewInput(const char* label, const char* id, const host::TagList& tags);
     void Enter(ControlK7& control, const ControlName& name, const host::TagList& tags);
     void Note(ControlK7& control, unsigned notes);
+    void AddDepthSwitch();
     host::Input* NewImageInput(const char* name, int number, bool optional);
     void ReadFrameValues(host::Request* request);
     void RunFrame(host::Request* request);

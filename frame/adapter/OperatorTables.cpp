@@ -157,6 +157,7 @@ void OperatorK7::AddSecondImage(ImageInputK7& slot, const char* name, SecondImag
 void OperatorK7::AddImageOutput(ImageOutputK7& slot) {
     output_ = AddOutput(FuID("Output"), FuID("Output"), {{kTagDataType, FuID("Image")}, {kTagMainLink, 1}});
     outputSlot_ = &slot;
+    AddDepthSwitch();
 }
 
 } // namespace k7

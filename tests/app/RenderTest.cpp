@@ -74,9 +74,10 @@ TEST_F(Program, SettingsAreSavedAndTakenUpAgainAndFramesThatAreThereCanBeLeftAlo
     EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "a.%d.png", "-f", "0,5,9", "-s",
                    "XRad=@0:1,9:900", "-s", "YRad=200", "--save-settings", "kept.json", "--quiet"}),
               0);
-    EXPECT_EQ(nlohmann::json::parse(folder_.Get("kept.json")),
-              nlohmann::json::parse(
-                  R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[[0,1],[9,900]]},"YRad":200}})"));
+    EXPECT_EQ(
+        nlohmann::json::parse(folder_.Get("kept.json")),
+        nlohmann::json::parse(
+            R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[[0,1],[9,900]]},"YRad":200,"FloatPictures":0}})"));
     Put("b.0.png", MakeNoise(3, 2));
     const std::string before = folder_.Get("b.0.png");
     folder_.Put("b.5.png", ""); // counts as missing

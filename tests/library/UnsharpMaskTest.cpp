@@ -97,7 +97,7 @@ TEST(UnsharpMask, PlaceByPlaceAndByTransformTheSumsAreTheSame) {
             const GaussianKernel2D kernel = MakeGaussianKernel2D(static_cast<float>(radius));
             const KernelReach reach = {std::min(radius - 1, size[0] - 1), std::min(radius - 1, size[1] - 1)};
             const auto dot = MakeDotSums(kernel, reach, size[0], size[1]);
-            const auto transform = MakeTransformSums(kernel, reach, size[0], size[1]);
+            const auto transform = MakeTransformSums<u16>(kernel, reach, size[0], size[1]);
             std::vector<double> want(static_cast<std::size_t>(size[0]));
             std::vector<double> got(want.size());
             for (int channel : {3, 0}) {
