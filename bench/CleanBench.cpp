@@ -8,7 +8,7 @@ namespace {
 template <int window>
 void CleanWindow(benchmark::State& state) {
     RunFrames<Clean>(state, &Clean::Input, [](Clean& core) {
-        core.Input.Image->WidthScale = 1.0f;
+        InDepth(core.Input, core.Output, [](auto& in, auto&) { in.WidthScale = 1.0f; });
         core.XRad.Value = core.YRad.Value = window;
     });
 }

@@ -17,9 +17,11 @@ void FramesWithLights(benchmark::State& state, int lights, void (*change)(Core&)
     const test::Picture map = test::MakePicture(kWidth, kHeight, [&](int x, int y, int) {
         return x >= left && x < left + side && y >= bottom && y < bottom + side ? 32767 : 0;
     });
+    const test::FloatPicture floats = test::Floats(*map);
     RunFrames<Core>(state, &Core::Background, [&](Core& core) {
         test::SetDefaults(core);
         core.LightInput.Image = map.get();
+        core.LightInput.Floats = floats.get();
         if (change) change(core);
     });
 }

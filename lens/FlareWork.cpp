@@ -67,12 +67,15 @@ private:
     float exponent_;
 };
 
-/// Alpha grows by the brightness of the flare, and stops at full scale unless it was above.
-u16 GrownAlpha(u16 alpha, int brightness16) {
-    return static_cast<u16>(std::min(alpha + (brightness16 >> 4), kFullScale));
+/// Alpha grows by the brightness of the flare, which is no more than white, and stops at full scale unless it
+/// was above.
+u16 GrownAlpha(u16 alpha, int red, int green, int blue) {
+    return static_cast<u16>(std::min(alpha + (Brightness16(red, green, blue) >> 4), kFullScale));
 }
-float GrownAlpha(float alpha, float brightness16) {
-    return std::max(alpha, std::min(alpha + brightness16 / 16.0f, static_cast<float>(kFullScale)));
+float GrownAlpha(float alpha, float red, float green, float blue) {
+    constexpr float white = kFullScale;
+    const float grown = Brightness16(std::min(red, white), std::min(green, white), std::min(blue, white));
+    return std::max(alpha, std::min(alpha + grown / 16.0f, white));
 }
 
 u16 Lit(u16 word, int flare) {
@@ -237,7 +240,7 @@ void FlareWork<Real>::CombineRows(const PictureK7<Sample>& background, const Pic
             to[0] = Lit(from[0], r);
             to[1] = Lit(from[1], g);
             to[2] = Lit(from[2], b);
-            to[3] = GrownAlpha(from[3], Brightness16(r, g, b));
+            to[3] = GrownAlpha(from[3], r, g, b);
         }
     }
 }

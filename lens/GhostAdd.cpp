@@ -28,11 +28,12 @@ float LightIn(int cell, float) {
     return static_cast<float>(std::max(cell, 0)) * 0.25f;
 }
 
-int Grey(int brightness16) {
-    return brightness16 >> 4;
+int Grey(int red, int green, int blue) {
+    return Brightness16(red, green, blue) >> 4;
 }
-float Grey(float brightness16) {
-    return brightness16 / 16.0f;
+float Grey(float red, float green, float blue) {
+    constexpr float white = kFullScale;
+    return Brightness16(std::min(red, white), std::min(green, white), std::min(blue, white)) / 16.0f;
 }
 
 /// What up to kRun cells add to the samples of their pixels, in integers for words.
@@ -45,7 +46,7 @@ K7_WIDE_VECTORS void LightOf(const Cells& cells, int count, Light* light) {
         light[kChannels * i] = r;
         light[kChannels * i + 1] = g;
         light[kChannels * i + 2] = b;
-        light[kChannels * i + 3] = Grey(Brightness16(r, g, b));
+        light[kChannels * i + 3] = Grey(r, g, b);
     }
 }
 

@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <thread>
+#include <tuple>
 
 namespace k7::test {
 namespace {
@@ -34,22 +35,29 @@ private:
     std::thread thread_;
 };
 
-class AllTools : public testing::TestWithParam<host::Registry*> {};
+/// Every tool, in words and in floats.
+struct AllTools : testing::TestWithParam<std::tuple<host::Registry*, bool>> {
+    const host::Registry& tool = *std::get<0>(GetParam());
+    const bool floats = std::get<1>(GetParam());
+    HeapWatch heap{floats};
+};
 
-INSTANTIATE_TEST_SUITE_P(Registry, AllTools, testing::ValuesIn(Tools()),
-                         [](const auto& tool) { return tool.param->GetAttrS(host::kTagRegName); });
+INSTANTIATE_TEST_SUITE_P(Registry, AllTools, testing::Combine(testing::ValuesIn(Tools()), testing::Bool()),
+                         [](const auto& of) {
+                             return std::get<0>(of.param)->GetAttrS(host::kTagRegName) +
+                                    (std::get<1>(of.param) ? "InFloats" : "InWords");
+                         });
 
 constexpr int kSizes[][2] = {{1, 1}, {2, 3}, {640, 1}, {1, 480}, {65, 63}};
 
 TEST_P(AllTools, RenderEverySizeShapeAndThreadCountAndGiveAllMemoryBack) {
-    HeapWatch heap;
     for (const auto& size : kSizes)
         for (double aspect : {1.0, 2.0, 0.9})
             for (int threads : {1, 2, 7}) {
                 const Processors processors(threads);
                 NoiseClip clip(size[0], size[1], aspect);
-                Stage stage(*GetParam(), clip);
-                const std::vector<int> words = stage.Render();
+                Stage stage(tool, clip, floats);
+                const std::vector<float> words = stage.Render();
                 EXPECT_EQ(words.size(), static_cast<std::size_t>(size[0] * size[1] * 4))
                     << size[0] << " x " << size[1] << " aspect " << aspect << " threads " << threads;
                 EXPECT_EQ(stage.Render(), words) << "the same frame again";
@@ -60,12 +68,11 @@ TEST_P(AllTools, RenderEverySizeShapeAndThreadCountAndGiveAllMemoryBack) {
 }
 
 TEST_P(AllTools, RenderAtBothEndsOfEveryShownRange) {
-    HeapWatch heap;
     NoiseClip clip(65, 63);
-    const std::size_t settings = Stage(*GetParam(), clip).Settings().size();
+    const std::size_t settings = Stage(tool, clip, floats).Settings().size();
     for (std::size_t i = 0; i < settings; ++i)
         for (host::Tag end : {host::kTagShownLow, host::kTagShownHigh}) {
-            Stage stage(*GetParam(), clip);
+            Stage stage(tool, clip, floats);
             host::Input& input = *stage.Settings()[i];
             stage.Write(input, input.HasAttr(end) ? input.GetAttrD(end) : end == host::kTagShownHigh);
             EXPECT_FALSE(stage.Render().empty()) << input.Name();
@@ -75,14 +82,13 @@ TEST_P(AllTools, RenderAtBothEndsOfEveryShownRange) {
 }
 
 TEST_P(AllTools, OutliveHostileValues) {
-    HeapWatch heap;
     const double inf = std::numeric_limits<double>::infinity();
     const double values[] = {std::nan(""), inf, -inf, 1e30, -1e30, 2147483648.0, -2147483649.0, -1.0, 1e9};
     NoiseClip clip(31, 17);
-    const std::size_t settings = Stage(*GetParam(), clip).Settings().size();
+    const std::size_t settings = Stage(tool, clip, floats).Settings().size();
     for (std::size_t i = 0; i < settings; ++i)
         for (double value : values) {
-            Stage stage(*GetParam(), clip);
+            Stage stage(tool, clip, floats);
             host::Input& input = *stage.Settings()[i];
             stage.Write(input, value);
             const Deadline deadline(*stage.op, std::chrono::milliseconds(200));
@@ -94,12 +100,11 @@ TEST_P(AllTools, OutliveHostileValues) {
 }
 
 TEST_P(AllTools, StopWhenAbortedAtAnyMoment) {
-    HeapWatch heap;
     NoiseClip clip(65, 63);
-    std::minstd_rand random(static_cast<unsigned>(GetParam()->GetAttrI(host::kTagRegNumber)));
+    std::minstd_rand random(static_cast<unsigned>(tool.GetAttrI(host::kTagRegNumber)));
     const Processors processors(2);
     for (int round = 0; round < 10; ++round) {
-        Stage stage(*GetParam(), clip);
+        Stage stage(tool, clip, floats);
         const Deadline deadline(*stage.op, std::chrono::milliseconds(random() % 8));
         const bool rendered = !stage.Render().empty();
         EXPECT_TRUE(rendered || stage.op->AbortFlag);
@@ -111,14 +116,14 @@ TEST_P(AllTools, RunBesideAnyOtherToolAsAlone) {
     const Processors processors(3);
     NoiseClip clip(65, 63);
     const std::vector<host::Registry*> tools = Tools();
-    const auto at = std::find(tools.begin(), tools.end(), GetParam()) - tools.begin();
+    const auto at = std::find(tools.begin(), tools.end(), &tool) - tools.begin();
     const host::Registry& other = *tools[static_cast<std::size_t>(at + 1) % tools.size()];
-    const std::vector<int> alone = Stage(*GetParam(), clip).Render();
-    const std::vector<int> otherAlone = Stage(other, clip).Render();
+    const std::vector<float> alone = Stage(tool, clip, floats).Render();
+    const std::vector<float> otherAlone = Stage(other, clip, floats).Render();
 
-    std::vector<int> beside, otherBeside;
-    std::thread thread([&] { otherBeside = Stage(other, clip).Render(); });
-    beside = Stage(*GetParam(), clip).Render();
+    std::vector<float> beside, otherBeside;
+    std::thread thread([&] { otherBeside = Stage(other, clip, floats).Render(); });
+    beside = Stage(tool, clip, floats).Render();
     thread.join();
     EXPECT_EQ(beside, alone);
     EXPECT_EQ(otherBeside, otherAlone);

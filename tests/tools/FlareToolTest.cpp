@@ -44,6 +44,7 @@ TEST(FlareTool, SwatchAndLevelFollowEachOtherWithoutLooping) {
 
 TEST(FlareTool, LightMapOnlyHidesAndShowsTheFlaresControls) {
     FlareTool tool("K7Flare");
+    tool.Set("LMOn", 1.0);
     EXPECT_FALSE(tool.Shown("Aper"));
     tool.Set("LMOn", 0.0);
     for (const char* id : {"Aper", "Stre", "GloR", "Refs"}) EXPECT_TRUE(tool.Shown(id)) << id;
@@ -64,7 +65,7 @@ TEST(FlareTool, LightMapOfAnotherSizeIsFittedToTheBackground) {
         tool.At(name == std::string("K7Flare") ? "Light Map" : "Light Colours").Connect(&lights);
         tool.Set(name == std::string("K7Flare") ? "LMOn" : "ColT",
                  name == std::string("K7Flare") ? 0.0 : 1.0);
-        const std::vector<int> words = tool.stage.Render();
+        const std::vector<float> words = tool.stage.Render();
         EXPECT_EQ(words.size(), 65u * 63u * 4u);
         EXPECT_EQ(tool.stage.Render(), words);
         for (int threads : {3, 16}) {

@@ -47,7 +47,7 @@ TEST_P(ToolMemory, AnyAllocationMayFail) {
             Stage stage(*GetParam(), clip);
             if (turned) TurnSwitches(stage);
             heap.FailAfter(at);
-            const std::vector<int> words = stage.Render();
+            const std::vector<float> words = stage.Render();
             EXPECT_TRUE(words.empty() || words.size() == 40u * 37u * 4u) << "allocation " << at;
             const bool failed = heap.HasFailed();
             heap.FailAfter(INT_MIN);

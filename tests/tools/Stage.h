@@ -6,6 +6,7 @@
 #include "host/Operator.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -45,30 +46,56 @@ private:
     const double aspectX_;
 };
 
-/// A tool in a document of its own, its main image connected.
+/// A clip of one float picture: value(x, y, channel), where 1.0 is white.
+class FloatClip : public host::ImageProvider {
+public:
+    using Value = std::function<float(int, int, int)>;
+    FloatClip(int width, int height, Value value)
+        : width_(width)
+        , height_(height)
+        , value_(std::move(value)) {}
+
+    host::Image* ImageAt(double) override {
+        host::Image* image = host::Image::Make(width_, height_, host::Depth::Float);
+        std::vector<float> row(static_cast<std::size_t>(width_) * 4);
+        for (int y = 0; y < height_; ++y) {
+            for (int i = 0; i < 4 * width_; ++i) row[static_cast<std::size_t>(i)] = value_(i / 4, y, i % 4);
+            image->WriteRow(y, row.data());
+        }
+        return image;
+    }
+
+private:
+    const int width_, height_;
+    const Value value_;
+};
+
+/// A tool in a document of its own, its main image connected and its effect turned on, in words or in floats.
 class Stage {
 public:
-    Stage(const host::Registry& tool, host::ImageProvider& clip) : op(tool.NewOperator(&document)) {
+    Stage(const host::Registry& tool, host::ImageProvider& clip, bool floats = false)
+        : op(tool.NewOperator(&document)) {
+        if (host::Input* apply = op->FindInput("Prss")) Write(*apply, 1.0);
+        if (host::Input* mapOnly = op->FindInput("LMOn")) Write(*mapOnly, 0.0);
+        Write(*op->FindInput("FloatPictures"), floats);
         op->SetExtent({0.0, 24.0, 1.0});
         for (host::Input* input : op->Inputs())
             if (input->DataType() == host::Input::Type::Image && input->GetAttrI(host::kTagMainLink) == 1)
                 input->Connect(&clip);
     }
 
-    /// Renders a frame; the words of the picture, bottom row first, or none if there was no output.
-    std::vector<int> Render(double time = 3.0) {
+    /// Renders a frame; the values of the picture, bottom row first, or none if there was no output.
+    std::vector<float> Render(double time = 3.0) {
         host::Request request(time);
         op->Process(&request);
         const auto* image = static_cast<const host::Image*>(request.OutputData(op->Outputs()[0]));
-        std::vector<int> words;
-        if (!image) return words;
-        host::Pixel pixel;
+        std::vector<float> values;
+        if (!image) return values;
+        const std::size_t row = static_cast<std::size_t>(image->Width) * 4;
+        values.resize(row * static_cast<std::size_t>(image->Height));
         for (int y = 0; y < image->Height; ++y)
-            for (int x = 0; x < image->Width; ++x) {
-                image->Read(&pixel, image->PlaneAccess[0].Row(y) + x * image->PlaneAccess[0].Step, nullptr);
-                words.insert(words.end(), {pixel.Red, pixel.Green, pixel.Blue, pixel.Alpha});
-            }
-        return words;
+            image->ReadRow(y, values.data() + row * static_cast<std::size_t>(y));
+        return values;
     }
 
     void Write(host::Input& input, double value) {
