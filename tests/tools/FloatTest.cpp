@@ -37,7 +37,8 @@ struct Floats : testing::Test {
             if (tool->GetAttrS(host::kTagRegName) != name) continue;
             Stage stage(*tool, clip, floats);
             const auto strong = kStrong.find(name);
-            if (strong != kStrong.end()) more.insert(more.begin(), strong->second.begin(), strong->second.end());
+            if (strong != kStrong.end())
+                more.insert(more.begin(), strong->second.begin(), strong->second.end());
             for (const auto& [id, value] : more) stage.Write(*stage.op->FindInput(id), value);
             return stage.Render();
         }
@@ -62,8 +63,9 @@ double Furthest(const std::vector<float>& a, const std::vector<float>& b, double
 TEST_F(Floats, AgreeWithWordsOnPicturesOfWords) {
     // In words: one for each rounding, and what the amount and the contrast curve make of it.
     const std::map<std::string, double> most = {
-        {"K7Clean", 0},  {"K7Dither", 0}, {"K7Trace", 0},     {"K7DBlur", 1},  {"K7CrashZoom", 1}, {"K7Defocus", 2},
-        {"K7VGaussian", 2}, {"K7Sharpen", 3}, {"K7FlareSpot", 2}, {"K7MoBlur", 1}, {"K7Flare", 4},     {"K7Flare2", 4},
+        {"K7Clean", 0},     {"K7Dither", 0},  {"K7Trace", 0},     {"K7DBlur", 1},
+        {"K7CrashZoom", 1}, {"K7Defocus", 2}, {"K7VGaussian", 2}, {"K7Sharpen", 3},
+        {"K7FlareSpot", 2}, {"K7MoBlur", 1},  {"K7Flare", 4},     {"K7Flare2", 4},
     };
     FloatClip clip = Noise(1.0f);
     for (const auto& [name, limit] : most) {
@@ -77,14 +79,16 @@ TEST_F(Floats, AgreeWithWordsOnPicturesOfWords) {
 
 TEST_F(Floats, LinearToolsAreLinear) {
     FloatClip clip = Noise(1.0f);
-    for (const char* name : {"K7Sharpen", "K7Defocus", "K7VGaussian", "K7DBlur", "K7CrashZoom", "K7Dither", "K7Clean"})
+    for (const char* name :
+         {"K7Sharpen", "K7Defocus", "K7VGaussian", "K7DBlur", "K7CrashZoom", "K7Dither", "K7Clean"})
         for (const float gain : {8.0f, 0.001f, -1.0f}) {
             if (gain < 0.0f && name == std::string("K7Clean")) continue; // the upper median is not the lower
             FloatClip scaled = Noise(gain);
             EXPECT_LE(Furthest(Render(name, scaled), Render(name, clip), gain), 1e-5 * std::abs(gain))
                 << name << " " << gain;
         }
-    for (const auto& exact : {std::pair{"K7Defocus", std::pair{"Mode", 2.0}}, {"K7Sharpen", {"RadS", 30.0}}}) {
+    for (const auto& exact :
+         {std::pair{"K7Defocus", std::pair{"Mode", 2.0}}, {"K7Sharpen", {"RadS", 30.0}}}) {
         FloatClip scaled = Noise(8.0f);
         EXPECT_LE(Furthest(Render(exact.first, scaled, true, {exact.second}),
                            Render(exact.first, clip, true, {exact.second}), 8.0),
@@ -116,7 +120,8 @@ TEST_F(Floats, FlaresLeaveWhatIsFarFromEveryLightAlone) {
         if (name == std::string("K7Flare")) settings = {{"XSca", 0.1}};
         const std::vector<float> values = Render(name, clip, true, settings);
         for (int y = 0; y < 8; ++y)
-            for (int i = 0; i < 32; ++i) ASSERT_EQ(values[static_cast<std::size_t>(y * 640 * 4 + i)], corner[i % 4]) << name;
+            for (int i = 0; i < 32; ++i)
+                ASSERT_EQ(values[static_cast<std::size_t>(y * 640 * 4 + i)], corner[i % 4]) << name;
     }
 }
 
@@ -126,17 +131,21 @@ TEST_F(Floats, ALightThrowsWhatItsValueGives) {
         FloatClip clip(160, 90, [light](int x, int y, int c) {
             return c == 3 ? 1.0f : x == 80 && y == 45 ? light : 0.0f;
         });
-        return Render("K7Flare", clip, true, {{"XSca", 2.0}, {"Cont", 100.0}, {"HiLi", high}, {"LoLi", 20.0}});
+        return Render("K7Flare", clip, true,
+                      {{"XSca", 2.0}, {"Cont", 100.0}, {"HiLi", high}, {"LoLi", 20.0}});
     };
     std::vector<float> one = flare(1.0f, 100.0);
     std::vector<float> eight = flare(8.0f, 100.0);
     for (std::vector<float>* frame : {&one, &eight}) {
-        frame->at((45 * 160 + 80) * 4) = frame->at((45 * 160 + 80) * 4 + 1) = frame->at((45 * 160 + 80) * 4 + 2) = 0.0f;
-        EXPECT_GT(*std::max_element(frame->begin() + 45 * 160 * 4, frame->begin() + 45 * 160 * 4 + 300), 1e-3f);
+        frame->at((45 * 160 + 80) * 4) = frame->at((45 * 160 + 80) * 4 + 1) =
+            frame->at((45 * 160 + 80) * 4 + 2) = 0.0f;
+        EXPECT_GT(*std::max_element(frame->begin() + 45 * 160 * 4, frame->begin() + 45 * 160 * 4 + 300),
+                  1e-3f);
         for (std::size_t i = 3; i < frame->size(); i += 4) frame->at(i) = 0.0f;
     }
     EXPECT_LE(Furthest(eight, one, 8.0), 1e-4);
-    EXPECT_EQ(Furthest(flare(8.0f, 99.0), flare(0.0f, 99.0)), 8.0) << "below 100 percent the level has an upper end";
+    EXPECT_EQ(Furthest(flare(8.0f, 99.0), flare(0.0f, 99.0)), 8.0)
+        << "below 100 percent the level has an upper end";
 }
 
 TEST_F(Floats, AnyValueInAnyPlaceIsOutlived) {
