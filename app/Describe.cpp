@@ -38,8 +38,18 @@ ordered_json Default(const Input& input) {
 ordered_json DescribeImage(const Input& input) {
     return {{"id", input.Id()},
             {"label", input.Name()},
+            {"kind", "Image"},
             {"link", input.GetAttrI(host::kTagMainLink)},
             {"optional", input.HasAttr(host::kTagOptional)}};
+}
+
+/// The tool's own pages, without that of the common controls.
+std::vector<std::string> PagesOf(const host::Operator& op) {
+    std::vector<std::string> pages = op.Pages();
+    for (const Input* input : op.Inputs())
+        if (input->HasAttr(host::kTagCommon) && input->HasAttr(host::kTagPage))
+            pages.resize(static_cast<std::size_t>(input->GetAttrI(host::kTagPage)));
+    return pages;
 }
 
 ordered_json DescribeControl(const host::Operator& op, const Input& input) {
@@ -77,16 +87,16 @@ ordered_json DescribeTool(const host::Registry& tool) {
 
 ordered_json DescribeInputs(const host::Operator& op) {
     ordered_json tool = DescribeTool(*op.Class());
-    tool["pages"] = op.Pages();
+    tool["pages"] = PagesOf(op);
     tool["inputs"] = ordered_json::array();
     tool["controls"] = ordered_json::array();
     tool["common"] = ordered_json::array();
     for (const Input* input : op.Inputs()) {
+        const bool common = input->HasAttr(host::kTagCommon);
         if (IsControl(*input))
-            tool[input->HasAttr(host::kTagCommon) ? "common" : "controls"].push_back(
-                DescribeControl(op, *input));
+            tool[common ? "common" : "controls"].push_back(DescribeControl(op, *input));
         else
-            tool["inputs"].push_back(DescribeImage(*input));
+            tool[common ? "common" : "inputs"].push_back(DescribeImage(*input));
     }
     return tool;
 }

@@ -76,12 +76,23 @@ private:
         std::string page;
         for (const ordered_json& control : info["controls"]) {
             if (control["page"] != page) std::cout << '\n' << (page = control["page"]) << '\n';
-            std::cout << "  " << std::left << std::setw(14) << std::string(control["id"]) << ' '
-                      << std::setw(22) << std::string(control["label"]) << ' ' << std::setw(12)
-                      << Plain(control["default"]) << ' ' << ValuesOf(control) << Now(control)
-                      << (control["hidden"] == true ? " (hidden)" : "")
-                      << (control["disabled"] == true ? " (greyed)" : "") << '\n';
+            PrintControl(control);
         }
+        std::cout << "\nCommon to all tools\n";
+        for (const ordered_json& control : info["common"]) PrintControl(control);
+    }
+
+    static void PrintControl(const ordered_json& control) {
+        std::cout << "  " << std::left << std::setw(14) << std::string(control["id"]) << ' ' << std::setw(22)
+                  << std::string(control["label"]) << ' ' << std::setw(12);
+        if (control["kind"] == "Image") {
+            std::cout << "none"
+                      << " picture\n";
+            return;
+        }
+        std::cout << Plain(control["default"]) << ' ' << ValuesOf(control) << Now(control)
+                  << (control["hidden"] == true ? " (hidden)" : "")
+                  << (control["disabled"] == true ? " (greyed)" : "") << '\n';
     }
 
     std::string tool_;

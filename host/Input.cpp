@@ -57,10 +57,15 @@ double Input::TimeOf(double time) const {
 Parameter* Input::GetSource(double time) {
     const double at = TimeOf(time);
     if (type_ != Type::Image) return Store().ValueAt(at);
+    Image* picture = Unfiltered(at);
+    return picture && filter_ ? filter_(picture, at) : picture;
+}
+
+Image* Input::Unfiltered(double time) {
     std::unique_lock lock(mutex_);
     ImageProvider* provider = provider_;
     lock.unlock();
-    return provider ? provider->ImageAt(at) : nullptr;
+    return provider ? provider->ImageAt(TimeOf(time)) : nullptr;
 }
 
 double Input::Held(double value) const {

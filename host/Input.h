@@ -4,9 +4,11 @@
 #include "host/Parameter.h"
 #include "host/ValueStore.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace host {
 
@@ -58,6 +60,13 @@ public:
     void Connect(ImageProvider* provider);
     bool Connected() const;
 
+    /// Stands between the link and who asks for a picture: takes over the picture at a time and gives what is
+    /// seen of it, or null. Before the input is used.
+    using Filter = std::function<Image*(Image* picture, double time)>;
+    void SetFilter(Filter filter) { filter_ = std::move(filter); }
+    /// The picture as the link gives it, with a reference for the caller.
+    Image* Unfiltered(double time);
+
     void StartUndo(const char* title, const TagList* tags) override;
     void EndUndo(bool keep, const TagList* tags) override;
 
@@ -74,6 +83,7 @@ private:
     std::unique_ptr<ValueStore> elsewhere_; ///< null: in memory
     mutable std::mutex mutex_;              ///< guards the link
     ImageProvider* provider_ = nullptr;
+    Filter filter_;
 };
 
 class K7HOST_API Output : public Object {

@@ -1,6 +1,7 @@
 #include "host/Operator.h"
 
 #include "host/Application.h"
+#include "host/Common.h"
 
 #include <algorithm>
 
@@ -37,6 +38,17 @@ Input* Operator::AddInput(const FuID& name, const FuID& id, const TagList& tags)
 Output* Operator::AddOutput(const FuID& name, const FuID& id, const TagList& tags) {
     outputs_.emplace_back(new Output(name, id, tags));
     return outputs_.back().get();
+}
+
+void Operator::AddCommonControls() {
+    common_ = std::make_unique<CommonControls>(*this);
+}
+
+void Operator::Render(Request* request) {
+    if (common_)
+        common_->Render(*request);
+    else
+        Process(request);
 }
 
 void Operator::Process(Request*) {}

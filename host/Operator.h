@@ -11,6 +11,7 @@
 
 namespace host {
 
+class CommonControls;
 class FusionDoc;
 class Request;
 
@@ -34,6 +35,11 @@ public:
     int AddControlPage(const char* name, const TagList& tags = {});
     Input* AddInput(const FuID& name, const FuID& id, const TagList& tags);
     Output* AddOutput(const FuID& name, const FuID& id, const TagList& tags);
+
+    /// Renders a frame with the common controls, as the host does it. The output is the request's.
+    void Render(Request* request);
+    /// Adds the common controls; the registry does so when the tool's own inputs are complete.
+    void AddCommonControls();
 
     // What a tool does.
     virtual void Process(Request* request);
@@ -74,6 +80,7 @@ public:
 private:
     const Registry* const registry_;
     std::vector<std::string> pages_;
+    std::unique_ptr<CommonControls> common_;
     std::vector<Ref<Input>> inputs_;
     std::vector<Ref<Output>> outputs_;
     TimeExtent extent_{0.0, 1.0, 1.0};

@@ -43,6 +43,7 @@ Operator* Registry::NewOperator(FusionDoc* document) const {
     Object* made = New(document);
     auto* tool = dynamic_cast<Operator*>(made);
     if (made && !tool) made->Recycle(); // the entry of another class
+    if (tool) tool->AddCommonControls();
     return tool;
 }
 

@@ -35,6 +35,7 @@ inline constexpr Tag kTagOptional = 0x10030002;  ///< set to 0 on an image input
 inline constexpr Tag kTagCommon = 0x10030010;    ///< set to 0 on an input that every tool has
 
 // Objects.
+inline constexpr Tag kTagOpaque = 0x10020002;    ///< set to 0 on an image whose file has no alpha
 inline constexpr Tag kTagImageLike = 0x60020000; ///< Image to take size and format from
 inline constexpr Tag kTagOwner = 0x60050000;     ///< Operator of an OperatorControl
 inline constexpr Tag kTagDocument = 0x60050001;  ///< FusionDoc of a new operator
@@ -57,5 +58,6 @@ inline constexpr Tag kTagRegWeb = 0x3000000a;
 inline constexpr Tag kTagRegVersion = 0x30000008;
 inline constexpr Tag kTagRegFlagA = 0x10000019;
 inline constexpr Tag kTagRegFlagB = 0x10000033;
+inline constexpr Tag kTagRegWritesControls = 0x10000040; ///< set to 0: a frame may write controls
 
 } // namespace host

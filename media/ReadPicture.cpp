@@ -152,6 +152,7 @@ Picture Decode(const std::string& path, const ReadOptions& options, int number) 
     FillPicture(*picture.image, file, picture);
     picture.image->AspectX = PixelAspect(spec);
     if (options.atLeast) picture.image = AtLeast(picture.image, *options.atLeast);
+    if (!picture.colours.HasAlpha()) picture.image->SetAttrs({{host::kTagOpaque, 0}});
     if (options.premultiply && picture.straight) {
         MultiplyByAlpha(*picture.image);
         picture.multiplied = true;

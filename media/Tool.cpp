@@ -113,7 +113,7 @@ std::shared_ptr<host::Image> Tool::Render(int frame) {
     MainClip().At(frame); // a tool runs only where its main picture is there
     document_.CurrentTime = frame;
     host::Request request(frame);
-    operator_->Process(&request);
+    operator_->Render(&request);
     if (operator_->AbortFlag) return nullptr;
     if (const std::string error = TakeErrors(); !error.empty()) throw FrameError(error);
     for (const host::Output* output : operator_->Outputs())

@@ -40,7 +40,8 @@ public:
 
 const ToolRegistration<DFMoBlur> tool({109, "MoBlur", "MoB",
                                        "Motion analysis over consecutive frames to derive a natural motion "
-                                       "blur, affecting only the moving regions of the clip."});
+                                       "blur, affecting only the moving regions of the clip.",
+                                       kWritesControls});
 
 } // namespace
 } // namespace k7

@@ -12,7 +12,7 @@ FuID ClassIdOf(const ToolRecord& record) {
 
 TagList RegistrationTags(const ToolRecord& record, const ScriptInfo* script, CreateFunction create) {
     const std::string effect = record.effect;
-    return {
+    TagList tags = {
         {kTagRegInit, reinterpret_cast<const void*>(&Operator::RegInit)},
         {kTagRegCleanup, reinterpret_cast<const void*>(&Operator::RegCleanup)},
         {kTagRegKind, 3},
@@ -32,6 +32,8 @@ TagList RegistrationTags(const ToolRecord& record, const ScriptInfo* script, Cre
         {kTagRegFlagA, 0},
         {kTagRegFlagB, 1},
     };
+    if (record.notes & kWritesControls) tags.Add({kTagRegWritesControls, 0});
+    return tags;
 }
 
 } // namespace k7

@@ -14,6 +14,11 @@ struct ToolRecord {
     const char* effect;
     const char* shortName;
     const char* description;
+    unsigned notes = 0; ///< of ToolNotes
+};
+
+enum ToolNotes : unsigned {
+    kWritesControls = 1, ///< a frame may write controls
 };
 
 /// The registration of a class, from the record and what the class itself brings.

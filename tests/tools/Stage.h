@@ -87,7 +87,7 @@ public:
     /// Renders a frame; the values of the picture, bottom row first, or none if there was no output.
     std::vector<float> Render(double time = 3.0) {
         host::Request request(time);
-        op->Process(&request);
+        op->Render(&request);
         const auto* image = static_cast<const host::Image*>(request.OutputData(op->Outputs()[0]));
         std::vector<float> values;
         if (!image) return values;
