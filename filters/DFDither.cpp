@@ -9,6 +9,7 @@ class DFDither : public OperatorK7 {
 public:
     explicit DFDither(const OperatorArguments& arguments) : OperatorK7(arguments) {
         Dither& core = MakeCore<Dither>();
+        SetAttrs({{host::kTagVaries, 1}});
         Page("K7 Dither");
         Add(core.Radius, {"Dither Radius", ""}, Slider{0.15, 0, 10});
         Add(core.DpEd, {"Duplicate Edges", "DpEd"}, Check{0});

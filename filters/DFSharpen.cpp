@@ -13,6 +13,7 @@ public:
         Add(core.RadS, {"Radius", "RadS"}, Slider{3, 2, 10});
         Add(core.Powe, {"Strength", "Powe"}, Slider{5, 0, 100});
         Add(core.Iter, {"Iterations", "Iter"}, Slider{1, 1, 10});
+        InPixels(core.RadS);
         AddMainImage(core.Input, "Clip to Sharpen");
         AddImageOutput(core.Output);
     }

@@ -170,20 +170,47 @@ Image::Image(int width, int height, Depth depth, Planes planes)
     Write = format.write;
     readRow_ = format.readRow;
     writeRow_ = format.writeRow;
-    store_.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4 * format.size);
-    if (planes == Planes::One) {
-        LayOut(PlaneAccess[0], store_.data(), width, height, 4 * format.size);
+}
+
+void Image::LayOutOwn() {
+    const std::size_t size = FormatOf(PixelDepth, PixelPlanes).size;
+    store_.resize(static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height) * 4 * size);
+    if (PixelPlanes == Planes::One) {
+        LayOut(PlaneAccess[0], store_.data(), Width, Height, 4 * size);
     } else {
-        std::byte* behind = LayOut(PlaneAccess[0], store_.data(), width, height, 3 * format.size);
-        LayOut(PlaneAccess[1], behind, width, height, format.size);
+        std::byte* behind = LayOut(PlaneAccess[0], store_.data(), Width, Height, 3 * size);
+        LayOut(PlaneAccess[1], behind, Width, Height, size);
     }
 }
 
-Image* Image::Make(int width, int height, Depth depth, Planes planes) {
+namespace {
+
+bool IsSize(int width, int height) {
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    if (width < 1 || height < 1 || static_cast<std::int64_t>(width) * height > most) return nullptr;
+    return width > 0 && height > 0 && static_cast<std::int64_t>(width) * height <= most;
+}
+
+} // namespace
+
+Image* Image::Make(int width, int height, Depth depth, Planes planes) {
+    if (!IsSize(width, height)) return nullptr;
     try {
-        return new Image(width, height, depth, planes);
+        Ref<Image> image(new Image(width, height, depth, planes));
+        image->LayOutOwn();
+        return image.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+Image* Image::Over(std::byte* bottom, std::ptrdiff_t rowBytes, int width, int height, Depth depth) {
+    if (!IsSize(width, height)) return nullptr;
+    try {
+        Ref<Image> image(new Image(width, height, depth, Planes::One));
+        Plane& plane = image->PlaneAccess[0];
+        plane.Step = static_cast<std::ptrdiff_t>(4 * FormatOf(depth, Planes::One).size);
+        for (int y = 0; y < height; ++y) plane.Rows.push_back(bottom + y * rowBytes);
+        return image.release();
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

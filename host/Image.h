@@ -42,6 +42,11 @@ public:
     /// width x height leaves the signed 32-bit range. The caller owns it.
     [[nodiscard]] static Image* Make(int width, int height, Depth depth, Planes planes = Planes::One);
 
+    /// An image over pixels that belong to someone else and outlive it, red, green, blue, alpha side by side;
+    /// `rowBytes` lead from row to row and may be negative. Null where Make gives null. The caller owns it.
+    [[nodiscard]] static Image* Over(std::byte* bottom, std::ptrdiff_t rowBytes, int width, int height,
+                                     Depth depth);
+
     /// A new image of the size, aspect, depth and planes of the one under kTagImageLike; null without
     /// memory. The caller owns it.
     [[nodiscard]] static Image* NewImage(const TagList& tags);
@@ -66,6 +71,7 @@ public:
 
 private:
     Image(int width, int height, Depth depth, Planes planes);
+    void LayOutOwn();
 
     using RowReader = void (*)(const Image& image, int y, float* rgba);
     using RowWriter = void (*)(const Image& image, int y, const float* rgba);

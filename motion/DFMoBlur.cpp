@@ -9,6 +9,7 @@ class DFMoBlur : public OverlayOperatorK7 {
 public:
     explicit DFMoBlur(const OperatorArguments& arguments) : OverlayOperatorK7(arguments) {
         MoBlur& core = MakeCore<MoBlur>();
+        SetAttrs({{host::kTagFramesBefore, 1}});
         Page("K7 MoBlur");
         Add(core.Prss, {"Apply Motion Blur", "Prss", kChange | kUnmirrored}, Check{0});
         Add(core.Maps, {"MaxSteps", "Maps"}, Slider{5, 2, 200});
@@ -18,6 +19,8 @@ public:
         Add(core.Stht, {"Start Weight", "Stht"}, Slider{1.0, 1, 50});
         Add(core.Enht, {"End Weight", "Enht"}, Slider{1.0, 1, 50});
         Add(core.Sers, {"Display Motion Vectors", "Sers", kHidden}, Check{0});
+        InPixels(core.Prur);
+        IdleAt(core.Prss, 0);
         Page("ROI");
         Add(core.Aund, {"Auto Bound", "Aund", kChange | kUnmirrored}, Check{0});
         Add(core.ABsh, {"AB Thresh", "ABsh", kHidden}, Slider{40.0, 0.1, 100});

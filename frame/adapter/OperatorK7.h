@@ -101,6 +101,11 @@ protected:
     void Add(ColourControlK7& control, const ControlName& name, const ColourSwatch& colour);
     void Add(FileControlK7& control, const ControlName& name, const FileName& file);
 
+    /// Of a length in pixels, which follows the scale where a host renders a proxy.
+    static void InPixels(const ControlK7& control);
+    /// With this value the effect gives its main picture as it is.
+    static void IdleAt(const ControlK7& control, double value);
+
     void AddMainImage(ImageInputK7& slot, const char* name);
     void AddSecondImage(ImageInputK7& slot, const char* name, SecondImage use);
 

@@ -133,6 +133,22 @@ void OperatorK7::AddDepthSwitch() {
                                {kTagDefault, 0.0}});
 }
 
+namespace {
+
+Input* InputOf(const ControlK7& control) {
+    return static_cast<HostInput*>(control.Input[0])->Get();
+}
+
+} // namespace
+
+void OperatorK7::InPixels(const ControlK7& control) {
+    InputOf(control)->SetAttrs({{kTagPixels, 1}});
+}
+
+void OperatorK7::IdleAt(const ControlK7& control, double value) {
+    InputOf(control)->SetAttrs({{kTagIdleAt, value}});
+}
+
 Input* OperatorK7::NewImageInput(const char* name, int number, bool optional) {
     TagList tags{{kTagDataType, FuID("Image")}, {kTagMainLink, number}};
     if (optional) tags.Add({kTagOptional, 0});
