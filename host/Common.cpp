@@ -86,8 +86,9 @@ CommonControls::CommonControls(Operator& op) : operator_(op) {
                           {kTagLowest, 0.0},
                           {kTagHighest, 1.0},
                           {kTagDefault, 1.0}});
-    mask_ = op.AddInput(FuID("Effect Mask"), FuID("EffectMask"),
-                        {{kTagDataType, FuID("Image")}, {kTagCommon, 0}, {kTagPage, page}, {kTagOptional, 0}});
+    mask_ =
+        op.AddInput(FuID("Effect Mask"), FuID("EffectMask"),
+                    {{kTagDataType, FuID("Image")}, {kTagCommon, 0}, {kTagPage, page}, {kTagOptional, 0}});
     channel_ = op.AddInput(FuID("Mask Channel"), FuID("MaskChannel"),
                            {{kTagDataType, FuID("Number")},
                             {kTagControlKind, FuID("ComboControl")},
@@ -167,11 +168,13 @@ void CommonControls::Render(Request& request) try {
     if (!source || operator_.Outputs().empty()) return operator_.Process(&request);
 
     std::vector<float> matte;
-    if (mask) matte = MakeMatte(*mask, static_cast<MatteChannel>(settings.channel), source->Width, source->Height);
+    if (mask)
+        matte = MakeMatte(*mask, static_cast<MatteChannel>(settings.channel), source->Width, source->Height);
     Output* const output = operator_.Outputs().front();
     const auto mixed = [&](const Image& frame) {
-        return Mix{*source, frame, matte, static_cast<float>(settings.blend), settings.process, settings.inverted,
-                   settings.divide};
+        return Mix{
+            *source,           frame,          matte, static_cast<float>(settings.blend), settings.process,
+            settings.inverted, settings.divide};
     };
     const bool seen = mixed(*source).ShowsFrame();
     const Registry* const tool = operator_.Class();

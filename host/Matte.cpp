@@ -33,14 +33,16 @@ std::vector<Share> SharesOf(int from, int to) {
         const double high = (i + 1) * step;
         share.first = static_cast<int>(low);
         for (int x = share.first; x < high && x < from; ++x)
-            share.weights.push_back(static_cast<float>((std::min(high, x + 1.0) - std::max<double>(low, x)) / step));
+            share.weights.push_back(
+                static_cast<float>((std::min(high, x + 1.0) - std::max<double>(low, x)) / step));
     }
     return shares;
 }
 
 /// Fits lines of samples that lie `along` apart; the lines begin at `start` + i x `across`.
-void FitLines(const std::vector<float>& from, std::vector<float>& to, const std::vector<Share>& shares, int lines,
-              std::ptrdiff_t fromAlong, std::ptrdiff_t fromAcross, std::ptrdiff_t toAlong, std::ptrdiff_t toAcross) {
+void FitLines(const std::vector<float>& from, std::vector<float>& to, const std::vector<Share>& shares,
+              int lines, std::ptrdiff_t fromAlong, std::ptrdiff_t fromAcross, std::ptrdiff_t toAlong,
+              std::ptrdiff_t toAcross) {
     for (std::size_t i = 0; i < shares.size(); ++i)
         for (int line = 0; line < lines; ++line) {
             const float* sample = from.data() + line * fromAcross + shares[i].first * fromAlong;

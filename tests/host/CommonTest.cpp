@@ -104,8 +104,10 @@ struct Common : testing::Test {
 };
 
 TEST_F(Common, MixByThePlainFormulaInEveryDepth) {
-    const std::pair<Depth, float> depths[] = {
-        {Depth::Int8, 1.0f / 255}, {Depth::Int16, 1.0f / 65535}, {Depth::Half, 1.0f / 1024}, {Depth::Float, 2e-7f}};
+    const std::pair<Depth, float> depths[] = {{Depth::Int8, 1.0f / 255},
+                                              {Depth::Int16, 1.0f / 65535},
+                                              {Depth::Half, 1.0f / 1024},
+                                              {Depth::Float, 2e-7f}};
     for (const auto& [depth, step] : depths) {
         op = Ref<Half>(new Half(&document));
         clips.clear();
@@ -122,11 +124,12 @@ TEST_F(Common, MixByThePlainFormulaInEveryDepth) {
         const auto ramp = [](int x) { return static_cast<float>(x) / (kWide - 1); };
         Expect([&](float s, int x, int, int) { return s - s * 0.5f * ramp(x); }, tool * 2.0f, "mask");
         Set("ApplyMaskInverted", 1.0);
-        Expect([&](float s, int x, int, int) { return s - s * 0.5f * (1.0f - ramp(x)); }, tool * 2.0f, "inverted");
+        Expect([&](float s, int x, int, int) { return s - s * 0.5f * (1.0f - ramp(x)); }, tool * 2.0f,
+               "inverted");
         Set("ProcessGreen", 0.0);
         Set("ProcessAlpha", 0.0);
-        Expect([&](float s, int x, int,
-                   int c) { return c % 2 ? s : s - s * 0.5f * (1.0f - ramp(x)); }, tool * 2.0f, "channels");
+        Expect([&](float s, int x, int, int c) { return c % 2 ? s : s - s * 0.5f * (1.0f - ramp(x)); },
+               tool * 2.0f, "channels");
     }
 }
 
@@ -153,14 +156,16 @@ TEST_F(Common, TheToolRunsOnlyWhereItIsSeen) {
 TEST_F(Common, MasksOfOtherSizesAreFitted) {
     Connect("Input", MakeImage(kWide, kHigh, Depth::Float, Pattern));
     // Two columns grow: between their middles the mask runs evenly from one to the other.
-    Connect("EffectMask", MakeImage(2, 1, Depth::Float, [](int x, int, int) { return static_cast<float>(x); }));
+    Connect("EffectMask",
+            MakeImage(2, 1, Depth::Float, [](int x, int, int) { return static_cast<float>(x); }));
     const auto between = [](int x) {
         return std::clamp((static_cast<float>(x) + 0.5f) * 2.0f / kWide - 0.5f, 0.0f, 1.0f);
     };
     Expect([&](float s, int x, int, int) { return s - s * 0.5f * between(x); }, 1e-6f, "grown");
     // Stripes three times as fine shrink to their mean.
-    Connect("EffectMask", MakeImage(3 * kWide, 2 * kHigh, Depth::Float,
-                                    [](int x, int y, int) { return x % 3 == 0 && y % 2 == 0 ? 1.0f : 0.0f; }));
+    Connect("EffectMask", MakeImage(3 * kWide, 2 * kHigh, Depth::Float, [](int x, int y, int) {
+                return x % 3 == 0 && y % 2 == 0 ? 1.0f : 0.0f;
+            }));
     Expect([&](float s, int, int, int) { return s - s * 0.5f / 6.0f; }, 1e-6f, "shrunk");
 }
 
@@ -180,11 +185,13 @@ TEST_F(Common, TheToolSeesColoursDividedByAlpha) {
     Set("PreDividePostMultiply", 1.0);
     const std::vector<float> source = Values(clips.front()->image.get());
     // Halved colours times halved alpha.
-    Expect([&](float s, int x, int y, int c) {
-        const float alpha = source[static_cast<std::size_t>((y * kWide + x) * 4 + 3)];
-        if (c == 3) return s * 0.5f;
-        return alpha == 0.0f ? 0.0f : s / alpha * 0.5f * alpha * 0.5f;
-    }, 1e-6f, "divided");
+    Expect(
+        [&](float s, int x, int y, int c) {
+            const float alpha = source[static_cast<std::size_t>((y * kWide + x) * 4 + 3)];
+            if (c == 3) return s * 0.5f;
+            return alpha == 0.0f ? 0.0f : s / alpha * 0.5f * alpha * 0.5f;
+        },
+        1e-6f, "divided");
 }
 
 } // namespace
