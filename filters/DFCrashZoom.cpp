@@ -14,6 +14,7 @@ public:
         Add(core.DimX, {"Clear Radius", "DimX"}, Slider{0.4, 0, 10});
         Add(core.Spee, {"Speed", "Spee"}, Slider{10, -200, 200});
         Add(core.Samp, {"Sample", "Samp"}, Combo{{"1 Sample", "4 Samples", "16 Samples", "64 Samples"}});
+        IdleAt(core.Spee, 0);
         AddMainImage(core.Input, "Clip to Zoom");
         AddImageOutput(core.Output);
 

@@ -13,6 +13,7 @@ public:
         Add(core.Leng, {"Size", "Leng"}, Slider{10, 0, 200});
         Add(core.Angl, {"Angle", "Angl"}, Screw{.standard = 0, .lowest = 0, .highest = 360});
         Add(core.Cent, {"Centre", "Cent"}, Check{1});
+        IdleAt(core.Leng, 0);
         AddMainImage(core.Input, "Clip to Blur");
         AddImageOutput(core.Output);
 

@@ -14,6 +14,7 @@ public:
         Add(core.Radius, {"Dither Radius", ""}, Slider{0.15, 0, 10});
         Add(core.DpEd, {"Duplicate Edges", "DpEd"}, Check{0});
         Add(core.DiRe, {"Direction", "DiRe"}, Combo{{"Both", "Horizontal", "Vertical"}});
+        IdleAt(core.Radius, 0);
         AddMainImage(core.Input, "Input");
         AddImageOutput(core.Output);
     }

@@ -14,6 +14,7 @@ public:
         Add(core.Powe, {"Strength", "Powe"}, Slider{5, 0, 100});
         Add(core.Iter, {"Iterations", "Iter"}, Slider{1, 1, 10});
         InPixels(core.RadS);
+        IdleAt(core.Powe, 0);
         AddMainImage(core.Input, "Clip to Sharpen");
         AddImageOutput(core.Output);
     }

@@ -17,6 +17,8 @@ public:
         Add(core.RadY, {"RGB Y", "RadY"}, Slider{60, 0, 200});
         Add(core.RdAX, {"Alpha X", "RdAX", kHidden}, Slider{5, 0, 200});
         Add(core.RDAY, {"Alpha Y", "RDAY", kHidden}, Slider{5, 0, 200});
+        IdleAt(core.BRGB, 0);
+        IdleAt(core.BluA, 0);
         AddMainImage(core.Input, "Clip to Blur");
         AddImageOutput(core.Output);
 

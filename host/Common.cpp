@@ -85,6 +85,7 @@ CommonControls::CommonControls(Operator& op) : operator_(op) {
                           {kTagShownHigh, 1.0},
                           {kTagLowest, 0.0},
                           {kTagHighest, 1.0},
+                          {kTagIdleAt, 0.0},
                           {kTagDefault, 1.0}});
     mask_ =
         op.AddInput(FuID("Effect Mask"), FuID("EffectMask"),

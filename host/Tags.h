@@ -33,8 +33,8 @@ inline constexpr Tag kTagCheckbox = 0x10030000;  ///< set to 0 on check boxes
 inline constexpr Tag kTagMainLink = 0x10020001;  ///< number of an image among the main links, from 1
 inline constexpr Tag kTagOptional = 0x10030002;  ///< set to 0 on an image input that may stay empty
 inline constexpr Tag kTagPixels = 0x10030022;    ///< 1: a length in pixels of the frame
-inline constexpr Tag kTagIdleAt = 0x20030023;    ///< with this value the tool gives its main image as it is
-inline constexpr Tag kTagCommon = 0x10030010;    ///< set to 0 on an input that every tool has
+inline constexpr Tag kTagIdleAt = 0x20030023; ///< a tool whose own inputs all have this gives its main image
+inline constexpr Tag kTagCommon = 0x10030010; ///< set to 0 on an input that every tool has
 
 // Operators.
 inline constexpr Tag kTagFramesBefore = 0x10030020; ///< earlier frames of its images that a frame reads

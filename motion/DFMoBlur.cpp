@@ -29,6 +29,7 @@ public:
         Add(core.Maes, {"Match Scales", "Maes", kChange | kUnmirrored}, Check{0});
         Add(core.XSle, {"X Scale", "XSle"}, Slider{0.5, 0, 2});
         Add(core.YSle, {"Y Scale", "YSle"}, Slider{0.5, 0, 2});
+        IdleAt(core.Aund, 0);
         AddMainImage(core.ImageInput, "Input");
         AddSecondImage(core.MatteInput, "Matte", SecondImage::AtOtherTimes);
         AddImageOutput(core.Output);

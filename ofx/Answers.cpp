@@ -54,11 +54,12 @@ Status Instance::AskForRegions(const Properties& arguments, const Properties& an
 Status Instance::AskForFrames(const Properties& arguments, const Properties& answers) {
     if (plan_.framesBefore == 0) return kReplyDefault;
     const double time = arguments.Get(kPropTime, 0.0);
-    // Tools read other times within the clip only.
+    // Tools read other times within the clip only, and as many frames at its ends as in its middle.
     const host::TimeExtent extent = Extent();
     const auto within = [&](double at) { return std::max(std::min(at, extent.End - 1.0), extent.Start); };
-    const double first = std::min(time, within(time - plan_.framesBefore));
-    const double last = std::max(time, within(time));
+    const double start = within(time - plan_.framesBefore);
+    const double first = std::min(time, start);
+    const double last = std::max(time, within(start + plan_.framesBefore));
     for (const Link& link : links_) {
         const std::string name = "OfxImageClipPropFrameRange_" + link.name;
         answers.Set(name.c_str(), first, 0);
@@ -93,16 +94,34 @@ Status Instance::TellPreferences(const Properties& answers) {
     return kOk;
 }
 
+namespace {
+
+bool IsIdleAt(Input& input, double time) {
+    const host::Ref<host::Parameter> value(input.GetSource(time));
+    const auto* number = dynamic_cast<const host::Number*>(value.get());
+    return number && number->Value == input.GetAttrD(host::kTagIdleAt);
+}
+
+/// Where all of the tool's own inputs that can make it idle do so, or one of the common inputs does. The
+/// latter stop no tool whose frames write controls.
+bool IsIdle(const host::Operator& op, double time) {
+    int own = 0, idle = 0;
+    for (Input* input : op.Inputs()) {
+        if (!input->HasAttr(host::kTagIdleAt)) continue;
+        const bool isIdle = IsIdleAt(*input, time);
+        if (!input->HasAttr(host::kTagCommon))
+            ++own, idle += isIdle;
+        else if (isIdle && !op.Class()->HasAttr(host::kTagRegWritesControls))
+            return true;
+    }
+    return own > 0 && own == idle;
+}
+
+} // namespace
+
 Status Instance::TellIdentity(const Properties& arguments, const Properties& answers) {
     const double time = arguments.Get(kPropTime, 0.0);
-    const auto isIdle = [&](const Input* input) {
-        if (!input->HasAttr(host::kTagIdleAt)) return false;
-        const host::Ref<host::Parameter> value(const_cast<Input*>(input)->GetSource(time));
-        const auto* number = dynamic_cast<const host::Number*>(value.get());
-        return number && number->Value == input->GetAttrD(host::kTagIdleAt);
-    };
-    const std::vector<Input*> inputs = operator_->Inputs();
-    if (!std::any_of(inputs.begin(), inputs.end(), isIdle)) return kReplyDefault;
+    if (!IsIdle(*operator_, time)) return kReplyDefault;
     answers.Set(kPropName, kSource);
     answers.Set(kPropTime, time);
     return kOk;

@@ -36,7 +36,7 @@ void SetDepths(const Properties& effect) {
     effect.Try(kSupportedPixelDepths, kDepthHalf, i); // which the first hosts of the standard do not know
 }
 
-void DefineClip(Effect effect, const char* name, bool optional, bool temporal) {
+Properties DefineClip(Effect effect, const char* name, bool temporal) {
     PropertySet set = nullptr;
     Check(TheHost().effect->clipDefine(effect, name, &set), name);
     const Properties clip(set);
@@ -44,7 +44,7 @@ void DefineClip(Effect effect, const char* name, bool optional, bool temporal) {
     clip.Set(kSupportedComponents, kComponentsRgb, 1);
     clip.Set(kTemporalClipAccess, temporal ? 1 : 0);
     clip.Set(kSupportsTiles, 0);
-    if (optional) clip.Set(kClipOptional, 1);
+    return clip;
 }
 
 const char* TypeOf(Kind kind) {
@@ -228,9 +228,12 @@ void Describe(const host::Registry& tool, Effect effect) {
 void DescribeInContext(const host::Registry& tool, Effect effect) {
     const host::Ref<host::Operator> op = NewTool(tool);
     const ToolPlan plan(*op);
-    for (const ClipPlan& clip : plan.clips)
-        DefineClip(effect, clip.name.c_str(), clip.optional, plan.framesBefore > 0);
-    DefineClip(effect, kOutput, false, false);
+    for (const ClipPlan& clip : plan.clips) {
+        const Properties to = DefineClip(effect, clip.name.c_str(), plan.framesBefore > 0);
+        if (clip.optional) to.Set(kClipOptional, 1);
+        if (clip.mask) to.Set(kClipIsMask, 1);
+    }
+    DefineClip(effect, kOutput, false);
     const ParamSet set = ParametersOf(effect);
     DefineGroups(set, *op);
     DefineParameters(set, plan, PlainName(tool));

@@ -53,7 +53,8 @@ ToolPlan::ToolPlan(const host::Operator& op)
         Input* input = inputs[i];
         if (input->DataType() == Input::Type::Image) {
             const bool main = input->GetAttrI(host::kTagMainLink) == 1;
-            clips.push_back({main ? "Source" : LettersAndDigits(input->Id()), input, !main});
+            clips.push_back({main ? "Source" : LettersAndDigits(input->Id()), input, !main,
+                             input->HasAttr(host::kTagCommon)});
             if (main) std::rotate(clips.begin(), clips.end() - 1, clips.end());
             continue;
         }

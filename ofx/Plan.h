@@ -23,6 +23,7 @@ struct ClipPlan {
     std::string name;
     host::Input* input;
     bool optional;
+    bool mask; ///< says where a tool acts
 };
 
 /// A tool as the standard sees it: what its inputs become. The inputs belong to the operator.

@@ -57,7 +57,7 @@ void Instance::RenderFrame(const Properties& arguments, const HostPicture& outpu
 
 void Instance::RunTool(host::Request& request) {
     operator_->AbortFlag = false;
-    WorkAside([&] { operator_->Process(&request); },
+    WorkAside([&] { operator_->Render(&request); },
               [&] {
                   if (exchange_.refusals.Any() || TheHost().effect->abort(effect_))
                       operator_->AbortFlag = true;

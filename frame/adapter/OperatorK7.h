@@ -103,7 +103,7 @@ protected:
 
     /// Of a length in pixels, which follows the scale where a host renders a proxy.
     static void InPixels(const ControlK7& control);
-    /// With this value the effect gives its main picture as it is.
+    /// The effect gives its main picture as it is where all controls of which this is said have their value.
     static void IdleAt(const ControlK7& control, double value);
 
     void AddMainImage(ImageInputK7& slot, const char* name);

@@ -1,6 +1,7 @@
 #include "tests/ofx/Bundle.h"
 
 #include <cstring>
+#include <utility>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -67,8 +68,7 @@ int Opened::Call(PluginStruct* plugin, const char* action, void* handle, Propert
     const int status = plugin->mainEntry(action, handle, in, out);
     if (in) host.Leave(in);
     if (out) host.Leave(out);
-    if (host.picturesOut != 0) host.Fault("a picture was not given back");
-    host.picturesOut = 0;
+    if (std::exchange(ActionScope::PicturesOut(), 0) != 0) host.Fault("a picture was not given back");
     return status;
 }
 

@@ -67,7 +67,7 @@ public:
 
     const Image* Render(double time) {
         request_ = std::make_unique<host::Request>(time);
-        op->Process(request_.get());
+        op->Render(request_.get());
         return dynamic_cast<const Image*>(request_->OutputData(op->Outputs().front()));
     }
 
@@ -112,9 +112,9 @@ void Shuffle(Scene& scene, unsigned seed) {
     }
 }
 
-class OfxRender : public testing::TestWithParam<std::string> {};
+class OfxFrames : public testing::TestWithParam<std::string> {};
 
-TEST_P(OfxRender, EachLayoutOfPicturesGivesTheToolsOwnFrame) {
+TEST_P(OfxFrames, EachLayoutOfPicturesGivesTheToolsOwnFrame) {
     Opened opened;
     int changed = 0; // frames that are not just their source
     for (const Depth depth : {Depth::Int8, Depth::Int16, Depth::Half, Depth::Float}) {
@@ -138,7 +138,79 @@ TEST_P(OfxRender, EachLayoutOfPicturesGivesTheToolsOwnFrame) {
     EXPECT_TRUE(opened.host.spread > 0 || GetParam() == "Sharpen"); // which works on one thread
 }
 
-INSTANTIATE_TEST_SUITE_P(All, OfxRender,
+// A proxy of half and of a quarter of the size, and what hosts tell of its scale: the truth, its inverse,
+// nothing.
+TEST(OfxScale, LengthsInPixelsFollowTheProxy) {
+    const struct {
+        const char *effect, *param, *companion;
+        double full;
+    } cases[] = {{"Sharpen", "RadS", "Powe", 8}, {"MoBlur", "Prur", "Prss", 4}, {"Defocus", "", "", 0}};
+    Opened opened;
+    for (const auto& [effect, param, companion, full] : cases)
+        for (const double scale : {1.0, 0.5, 0.25})
+            for (const double told : {scale, 1.0 / scale, 1.0}) {
+                SCOPED_TRACE(testing::Message() << effect << " at " << scale << ", told " << told);
+                const int width = static_cast<int>(240 * scale), height = static_cast<int>(128 * scale);
+                Scene scene(opened, FindPlugin(effect), {.width = width, .height = height});
+                scene.effect.FindClip("Source")->region = {0.0, 0.0, 240.0, 128.0};
+                const auto set = [&](const char* name, double value) {
+                    if (!*name) return;
+                    scene[name].value.real[0] = value;
+                    scene[name].value.whole = static_cast<int>(value);
+                };
+                ASSERT_EQ(kOk, scene.Create());
+                set(companion, 1);
+                set(param, full);
+                const Processors four(4);
+                ASSERT_EQ(kOk, scene.Render(3.0, told));
+                set(param, full * scale);
+                Reference reference(effect, scene);
+                EXPECT_EQ("", DifferenceTo(*reference.Render(3.0), scene));
+                scene.Destroy();
+            }
+}
+
+// A part of the output is filled, and nothing beside it.
+TEST(OfxRender, OnlyTheWindowIsWritten) {
+    Opened opened;
+    Scene scene(opened, FindPlugin("Clean"), {.border = 2});
+    ASSERT_EQ(kOk, scene.Create());
+    ASSERT_EQ(kOk, scene.Render(3.0));
+    const Pixels whole = scene.output;
+    const std::array<int, 4> window = {7, 3, 30, 21};
+    ASSERT_EQ(kOk, scene.Render(3.0, 1.0, window));
+    const Pixels& part = scene.output;
+    for (int y = part.bounds[1]; y < part.bounds[3]; ++y)
+        for (int x = part.bounds[0]; x < part.bounds[2]; ++x) {
+            const bool inside = x >= window[0] && x < window[2] && y >= window[1] && y < window[3];
+            const auto at =
+                static_cast<std::size_t>((y - part.bounds[1]) * part.rowBytes + (x - part.bounds[0]) * 16);
+            ASSERT_EQ(inside ? whole.bytes[at] : std::byte{0xa5}, part.bytes[at]) << x << ", " << y;
+        }
+    scene.Destroy();
+}
+
+// A picture whose pixels are only a part of its region stays in its place.
+TEST(OfxRender, PixelsThatAreNotThereAreEmpty) {
+    Opened opened;
+    Scene scene(opened, FindPlugin("Defocus"), {.depth = Depth::Int8});
+    ASSERT_EQ(kOk, scene.Create());
+    Clip& source = *scene.effect.FindClip("Source");
+    const auto whole = source.picture;
+    source.picture = [&](double time) {
+        Pixels* pixels = whole(time);
+        pixels->bounds = {0, 0, 61, 20}; // the rows above are not given
+        return pixels;
+    };
+    scene["RadB"].value.real[0] = 0.1;
+    ASSERT_EQ(kOk, scene.Render(3.0));
+    const auto row = [&](int y) { return scene.output.bottom + y * scene.output.rowBytes; };
+    EXPECT_TRUE(std::any_of(row(10), row(11) - 12, [](std::byte b) { return b != std::byte{0}; }));
+    EXPECT_TRUE(std::all_of(row(40), row(41) - 12, [](std::byte b) { return b == std::byte{0}; }));
+    scene.Destroy();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, OfxFrames,
                          testing::Values("Clean", "CrashZoom", "DBlur", "Defocus", "Dither", "Flare",
                                          "Flare2", "FlareSpot", "MoBlur", "Sharpen", "Trace", "VGaussian"),
                          [](const auto& named) { return named.param; });

@@ -73,7 +73,7 @@ Scene::Scene(Opened& opened, PluginStruct* plugin, const Layout& l, const std::s
                  static_cast<double>(l.y + l.height)}
     , opened_(opened)
     , plugin_(plugin) {
-    CopyDefinitions(*opened_.Describe(plugin, context));
+    CopyDefinitions(*opened_.Describe(plugin, context, &described));
     effect.properties.Put("OfxImageEffectPropContext", context);
     opened_.host.Enter(&effect, "effect");
     opened_.host.Enter(&effect.properties, "properties");
@@ -89,16 +89,16 @@ Scene::Scene(Opened& opened, PluginStruct* plugin, const Layout& l, const std::s
         opened_.host.Enter(param.get(), "parameter");
         opened_.host.Enter(&param->properties, "properties");
     }
-    Connect("Source");
+    if (described == kOk) Connect("Source");
 }
 
-void Scene::CopyDefinitions(const Effect& described) {
-    for (const auto& clip : described.clips) {
+void Scene::CopyDefinitions(const Effect& definition) {
+    for (const auto& clip : definition.clips) {
         effect.clips.push_back(std::make_unique<Clip>(kClip, clip->name));
         effect.clips.back()->properties.values = clip->properties.values;
         effect.clips.back()->effect = &effect;
     }
-    for (const auto& from : described.params) {
+    for (const auto& from : definition.params) {
         effect.params.push_back(std::make_unique<Param>(kParam, "OfxParamType" + from->kind, from->name));
         Param& to = *effect.params.back();
         to.effect = &effect;

@@ -28,6 +28,7 @@ public:
           const std::string& context = "OfxImageEffectContextFilter");
     ~Scene();
 
+    int described = 0; ///< the status of the description
     int Create();
     void Destroy();
     void Connect(const std::string& clip);

@@ -19,6 +19,10 @@ ActionScope::ActionScope(std::string action)
 ActionScope::~ActionScope() {
     currentAction = outer_;
 }
+int& ActionScope::PicturesOut() {
+    static thread_local int out = 0;
+    return out;
+}
 const std::string* ActionScope::Current() {
     return currentAction;
 }

@@ -77,8 +77,8 @@ struct Effect {
 };
 
 struct Interact {
-    PropertySet properties{kInteract};
     Effect* effect = nullptr;
+    PropertySet properties{kInteract};
     int redraws = 0;
 };
 
@@ -125,7 +125,6 @@ public:
     int Entered(const std::string& function, const char* allowedActions = nullptr, bool anyThread = false);
 
     std::mutex mutex;            ///< guards what suites change
-    int picturesOut = 0;         ///< not given back yet
     std::atomic<int> spread = 0; ///< runs of the thread suite
     const Habits habits;
 
@@ -148,6 +147,8 @@ private:
 /// Marks this thread as being within an action.
 class ActionScope {
 public:
+    static int& PicturesOut(); ///< not given back yet by this thread
+
     explicit ActionScope(std::string action);
     ~ActionScope();
     static const std::string* Current();

@@ -1,6 +1,6 @@
 // The suites of the strict host, their members in the order of the standard's binary interface.
 
-#include "tests/ofx/StrictHost.h"
+#include "tests/ofx/SuiteCalls.h"
 
 #include <cstdarg>
 #include <cstring>
@@ -8,27 +8,6 @@
 namespace k7::test::ofx {
 
 namespace {
-
-using Status = int;
-constexpr Status kOk = 0, kFailed = 1, kUnknown = 3, kUnsupported = 5, kExists = 6, kBadHandle = 9,
-                 kValue = 11;
-
-// Where the standard allows what. Each name is followed by a blank.
-constexpr char kWhereDefined[] = "OfxImageEffectActionDescribeInContext ";
-constexpr char kWhereWritten[] =
-    "OfxActionCreateInstance OfxActionBeginInstanceChanged OfxActionInstanceChanged "
-    "OfxActionEndInstanceChanged "
-    "OfxActionSyncPrivateData OfxInteractActionPenDown OfxInteractActionPenMotion OfxInteractActionPenUp ";
-constexpr char kWherePictures[] = "OfxImageEffectActionRender OfxActionInstanceChanged ";
-constexpr char kWhereAborted[] = "OfxImageEffectActionRender ";
-
-StrictHost& Host() {
-    return StrictHost::Now();
-}
-
-/// Begins each function: answers for it where it has to fail.
-#define ENTER(...)                                                                                           \
-    if (const int answer = Host().Entered(__func__ __VA_OPT__(, ) __VA_ARGS__); answer >= 0) return answer
 
 // Properties.
 
@@ -101,11 +80,6 @@ Status propGetDimension(PropertySet* set, const char* name, int* count) {
     *count = static_cast<int>(live->Count(name));
     return kOk;
 }
-/// Stands for members that the plug-in has no need of.
-Status notExpected() {
-    Host().Fault("a suite's function that nobody expected");
-    return kUnsupported;
-}
 
 // Effects and clips.
 
@@ -165,7 +139,7 @@ Status clipGetImage(Clip* clip, double time, const double*, PropertySet** set) {
     if (Host().habits.imageScale)
         for (std::size_t i = 0; i < 2; ++i) image->Put("OfxImageEffectPropRenderScale", 1.0, i);
     Host().Enter(image, "properties");
-    ++Host().picturesOut;
+    ++ActionScope::PicturesOut();
     *set = image;
     return kOk;
 }
@@ -174,7 +148,7 @@ Status clipReleaseImage(PropertySet* image) {
     if (!Host().Live<PropertySet>(image, "properties")) return kBadHandle;
     Host().Leave(image);
     delete image;
-    --Host().picturesOut;
+    --ActionScope::PicturesOut();
     return kOk;
 }
 Status clipGetRegionOfDefinition(Clip* clip, double, double* bounds) {
@@ -187,122 +161,6 @@ Status clipGetRegionOfDefinition(Clip* clip, double, double* bounds) {
 int abortAsked(Effect* effect) {
     if (Host().Entered(__func__, kWhereAborted) >= 0) return 1;
     return Host().Live<Effect>(effect, "effect") && effect->aborted() ? 1 : 0;
-}
-
-// Parameters.
-
-Status paramDefine(Effect* set, const char* type, const char* name, PropertySet** properties) {
-    ENTER(kWhereDefined);
-    if (!Host().Live<Effect>(set, "effect")) return kBadHandle;
-    if (set->FindParam(name)) return Host().Fault("a second parameter " + std::string(name)), kExists;
-    static const std::set<std::string> types = {
-        "OfxParamTypeInteger", "OfxParamTypeDouble", "OfxParamTypeDouble2D",
-        "OfxParamTypeBoolean", "OfxParamTypeChoice", "OfxParamTypeRGB",
-        "OfxParamTypeString",  "OfxParamTypeGroup",  "OfxParamTypePage"};
-    if (!types.count(type)) return Host().Fault("no type of parameters: " + std::string(type)), kUnknown;
-    set->params.push_back(std::make_unique<Param>(kParamDescriptor, type, name));
-    PropertySet* made = &set->params.back()->properties;
-    Host().Enter(made, "properties");
-    if (properties) *properties = made;
-    return kOk;
-}
-Status paramGetHandle(Effect* set, const char* name, Param** param, PropertySet** properties) {
-    ENTER();
-    if (!Host().Live<Effect>(set, "effect")) return kBadHandle;
-    Param* found = set->FindParam(name);
-    if (!found || set->what != kEffect) return Host().Fault("no parameter " + std::string(name)), kUnknown;
-    *param = found;
-    if (properties) *properties = &found->properties;
-    return kOk;
-}
-Status paramGetPropertySet(Param* param, PropertySet** properties) {
-    ENTER();
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    *properties = &param->properties;
-    return kOk;
-}
-
-Status Hand(const Param& param, const ParamValue& value, va_list to) {
-    const int reals = param.kind == "Double" ? 1 : param.kind == "Double2D" ? 2 : param.kind == "RGB" ? 3 : 0;
-    for (int i = 0; i < reals; ++i) *va_arg(to, double*) = value.real[static_cast<std::size_t>(i)];
-    if (reals > 0) return kOk;
-    if (param.kind == "String")
-        *va_arg(to, char**) = const_cast<char*>(value.text.c_str());
-    else
-        *va_arg(to, int*) = value.whole;
-    return kOk;
-}
-
-ParamValue Taken(const Param& param, va_list from) {
-    ParamValue value;
-    const int reals = param.kind == "Double" ? 1 : param.kind == "Double2D" ? 2 : param.kind == "RGB" ? 3 : 0;
-    for (int i = 0; i < reals; ++i) value.real[static_cast<std::size_t>(i)] = va_arg(from, double);
-    if (param.kind == "String")
-        value.text = va_arg(from, const char*);
-    else if (reals == 0)
-        value.whole = va_arg(from, int);
-    return value;
-}
-
-Status paramGetValue(Param* param, ...) {
-    ENTER();
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    const std::lock_guard lock(Host().mutex);
-    va_list to;
-    va_start(to, param);
-    const Status status = Hand(*param, param->value, to);
-    va_end(to);
-    return status;
-}
-Status paramGetValueAtTime(Param* param, double time, ...) {
-    ENTER();
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    const std::lock_guard lock(Host().mutex);
-    va_list to;
-    va_start(to, time);
-    const Status status = Hand(*param, param->At(time), to);
-    va_end(to);
-    return status;
-}
-Status paramSetValue(Param* param, ...) {
-    ENTER(kWhereWritten);
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    const std::lock_guard lock(Host().mutex);
-    va_list from;
-    va_start(from, param);
-    param->value = Taken(*param, from);
-    va_end(from);
-    ++param->writes;
-    return kOk;
-}
-Status paramSetValueAtTime(Param* param, double time, ...) {
-    ENTER(kWhereWritten);
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    const std::lock_guard lock(Host().mutex);
-    va_list from;
-    va_start(from, time);
-    param->keys[time] = Taken(*param, from);
-    va_end(from);
-    ++param->writes;
-    return kOk;
-}
-Status paramGetNumKeys(Param* param, unsigned* count) {
-    ENTER();
-    if (!Host().Live<Param>(param, "parameter")) return kBadHandle;
-    *count = static_cast<unsigned>(param->keys.size());
-    return kOk;
-}
-Status paramEditBegin(Effect* set, const char* name) {
-    ENTER(kWhereWritten);
-    if (!Host().Live<Effect>(set, "effect")) return kBadHandle;
-    if (set->editDepth++ == 0) set->undoSteps.emplace_back(name);
-    return kOk;
-}
-Status paramEditEnd(Effect* set) {
-    ENTER();
-    if (!Host().Live<Effect>(set, "effect")) return kBadHandle;
-    if (--set->editDepth < 0) Host().Fault("an end of an edit that was not begun");
-    return kOk;
 }
 
 // Threads, messages, on-screen controls.
@@ -385,11 +243,6 @@ Status interactGetPropertySet(Interact* interact, PropertySet** set) {
     return kOk;
 }
 
-template <class Function>
-const void* F(Function* function) {
-    return reinterpret_cast<const void*>(function);
-}
-
 } // namespace
 
 const void* FetchSuite(PropertySet*, const char* suite, int version) {
@@ -425,24 +278,6 @@ const void* FetchSuite(PropertySet*, const char* suite, int version) {
                                          none,
                                          none,
                                          none};
-    static const void* const param[] = {F(paramDefine),
-                                        F(paramGetHandle),
-                                        none,
-                                        F(paramGetPropertySet),
-                                        F(paramGetValue),
-                                        F(paramGetValueAtTime),
-                                        none,
-                                        none,
-                                        F(paramSetValue),
-                                        F(paramSetValueAtTime),
-                                        F(paramGetNumKeys),
-                                        none,
-                                        none,
-                                        none,
-                                        none,
-                                        none,
-                                        F(paramEditBegin),
-                                        F(paramEditEnd)};
     static const void* const threads[] = {F(multiThread),
                                           F(multiThreadNumCPUs),
                                           F(multiThreadIndex),
@@ -463,7 +298,7 @@ const void* FetchSuite(PropertySet*, const char* suite, int version) {
     if (version != 1) return nullptr;
     if (name == "OfxPropertySuite") return property;
     if (name == "OfxImageEffectSuite") return effect;
-    if (name == "OfxParameterSuite") return param;
+    if (name == "OfxParameterSuite") return ParameterSuite();
     if (name == "OfxMultiThreadSuite" && habits.threads) return threads;
     if (name == "OfxInteractSuite" && habits.interacts) return interacts;
     return nullptr;
