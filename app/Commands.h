@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/Stages.h"
+
 #include <CLI/CLI.hpp>
 
 #include <memory>
@@ -14,6 +16,8 @@ public:
     virtual ~Command() = default;
     /// Runs when the word was given and its options are filled in. The program's exit code.
     virtual int Run() = 0;
+    /// Takes what the command line says of further tools. Throws media::UsageError where it has none.
+    virtual void SetLaterStages(std::vector<StageWords> stages);
     /// Whether what it prints is what it was run for: without that it has failed.
     virtual bool PrintsResult() const { return true; }
     CLI::App* Line() const { return line_; }
@@ -32,12 +36,6 @@ protected:
             ->allow_extra_args(false)
             ->expected(1)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    }
-
-    void AddSettingsFiles(std::string& load, std::string& save) {
-        line_->add_option("--settings", load, "Take the controls from a file that --save-settings wrote");
-        line_->add_option("--save-settings", save,
-                          "Write all controls with their keys into a file at the end");
     }
 
 private:

@@ -3,7 +3,7 @@
 #include "app/Listener.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
-#include "media/Tool.h"
+#include "media/Stack.h"
 #include "media/Words.h"
 
 #include <nlohmann/json.hpp>
@@ -56,7 +56,7 @@ public:
     }
 
     int Run() override {
-        const Tool tool(FindTool(tool_));
+        const Stack tool({&FindTool(tool_)});
         Console console(Console::Style::Quiet, 1, 0, 0);
         ApplySettings(tool.Op(), settings_, console);
         const ordered_json info = DescribeInputs(tool.Op());
@@ -83,7 +83,7 @@ private:
     }
 
     static void PrintControl(const ordered_json& control) {
-        std::cout << "  " << std::left << std::setw(14) << std::string(control["id"]) << ' ' << std::setw(22)
+        std::cout << "  " << std::left << std::setw(22) << std::string(control["id"]) << ' ' << std::setw(22)
                   << std::string(control["label"]) << ' ' << std::setw(12);
         if (control["kind"] == "Image") {
             std::cout << "none"

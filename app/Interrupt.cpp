@@ -3,13 +3,14 @@
 #include "media/TemporaryFiles.h"
 
 #include <csignal>
+#include <utility>
 
 #include <unistd.h>
 
 namespace app {
 namespace {
 
-std::atomic<std::atomic<bool>*> flagToRaise = nullptr;
+std::atomic<const std::vector<std::atomic<bool>*>*> flagsToRaise = nullptr;
 std::atomic<int> caught = 0;
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
@@ -21,7 +22,8 @@ void EndAtOnce(int signal) {
 /// The first signal stops the run; the second, whichever it is, ends the program.
 void Raise(int signal) {
     if (caught.exchange(signal)) EndAtOnce(signal);
-    if (std::atomic<bool>* flag = flagToRaise) *flag = true;
+    if (const auto* flags = flagsToRaise.load())
+        for (std::atomic<bool>* flag : *flags) *flag = true;
     constexpr char hint[] = "k7: stopping; once more ends at once\n";
     [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, hint, sizeof hint - 1);
 }
@@ -38,16 +40,16 @@ void Catch(void (*handler)(int)) {
 
 } // namespace
 
-Interrupt::Interrupt(std::atomic<bool>& flag) {
+Interrupt::Interrupt(std::vector<std::atomic<bool>*> flags) : flags_(std::move(flags)) {
     caught = 0;
-    flagToRaise = &flag;
+    flagsToRaise = &flags_;
     Catch(Raise);
     std::signal(SIGPIPE, SIG_IGN); // progress that nobody reads stops no render
 }
 
 Interrupt::~Interrupt() {
     Catch(EndAtOnce);
-    flagToRaise = nullptr;
+    flagsToRaise = nullptr;
 }
 
 void EndBySignals() {

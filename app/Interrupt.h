@@ -1,20 +1,24 @@
 #pragma once
 
 #include <atomic>
+#include <vector>
 
 namespace app {
 
-/// While it lives, the first Ctrl-C (or a request to terminate) raises a flag; a second one ends the program
+/// While it lives, the first Ctrl-C (or a request to terminate) raises flags; a second one ends the program
 /// on the spot.
 class Interrupt {
 public:
-    explicit Interrupt(std::atomic<bool>& flag);
+    explicit Interrupt(std::vector<std::atomic<bool>*> flags);
     ~Interrupt();
     Interrupt(const Interrupt&) = delete;
     Interrupt& operator=(const Interrupt&) = delete;
 
     /// What a program that was stopped by the signal ends with: 130 for Ctrl-C. 0 if none has come.
     int ExitCode() const;
+
+private:
+    const std::vector<std::atomic<bool>*> flags_;
 };
 
 /// Until a render takes over, and after it, a signal to end removes unfinished files and ends the program.

@@ -21,7 +21,9 @@ public:
     Listener& operator=(const Listener&) = delete;
 };
 
-/// Carries out settings in their order, and warns of what they do not do as they are written.
-void ApplySettings(host::Operator& op, const std::vector<std::string>& settings, Console& console);
+/// Carries out settings in their order, and warns of what they do not do as they are written; `named` says of
+/// which tool.
+void ApplySettings(host::Operator& op, const std::vector<std::string>& settings, Console& console,
+                   bool named = false);
 
 } // namespace app

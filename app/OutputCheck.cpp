@@ -58,7 +58,7 @@ std::string FolderFault(const std::string& output, bool make) {
 std::string OverwriteFault(const OutputCheck& check, const FilePattern& output,
                            const std::vector<std::string>& inputs) {
     // A tool that looks back would find its own work, even where no file is there yet.
-    if (check.tool.ReadsSequence(output.At(check.frames.front()), check.frames.front()))
+    if (check.stack.ReadsSequence(output.At(check.frames.front()), check.frames.front()))
         return "'" + check.output + "' would overwrite the sequence that is read";
     const std::set<FileNumber> read = NumbersOf(inputs);
     struct stat status = {};
@@ -88,8 +88,8 @@ void CheckBeforeWork(const OutputCheck& check) {
     if (check.frames.size() > 1 && !output.IsSequence())
         note(wrong, "'" + check.output + "' has room for one frame, not for " +
                         std::to_string(check.frames.size()) + ": write %04d or #### for the frame's number");
-    note(wrong, OverwriteFault(check, output, check.tool.FilesRead()));
-    for (const std::string& name : check.tool.SingleFiles()) note(missing, InputFault(name));
+    note(wrong, OverwriteFault(check, output, check.stack.FilesRead()));
+    for (const std::string& name : check.stack.SingleFiles()) note(missing, InputFault(name));
     if (wrong.empty() && missing.empty()) note(missing, FolderFault(check.output, check.makeFolder));
     if (!wrong.empty()) {
         if (!missing.empty()) wrong += '\n' + missing;

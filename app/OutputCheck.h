@@ -2,7 +2,7 @@
 
 #include "media/FilePattern.h"
 #include "media/PictureFile.h"
-#include "media/Tool.h"
+#include "media/Stack.h"
 
 #include <string>
 #include <vector>
@@ -11,7 +11,7 @@ namespace app {
 
 /// What is looked at before a render begins.
 struct OutputCheck {
-    const media::Tool& tool;
+    const media::Stack& stack;
     std::string output; ///< as it was written
     const std::vector<int>& frames;
     media::WriteOptions options;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "media/PictureFile.h"
-#include "media/Tool.h"
+#include "media/Stack.h"
 
 #include <CLI/CLI.hpp>
 

@@ -3,12 +3,11 @@
 #include "app/Listener.h"
 #include "app/PictureOptions.h"
 #include "app/PreviewView.h"
-#include "app/SettingsFile.h"
+#include "app/StackOptions.h"
 #include "media/Errors.h"
 #include "media/PictureDepth.h"
-#include "media/PlugIns.h"
 #include "media/Settings.h"
-#include "media/Tool.h"
+#include "media/Stack.h"
 #include "media/Words.h"
 
 #include <nlohmann/json.hpp>
@@ -69,17 +68,18 @@ ViewSize DefaultSize(const host::Image& picture) {
 }
 
 /// Carries out a drag and tells what has come of it.
-ordered_json PerformDrag(Tool& tool, PreviewView& view, const DragPath& path) {
-    const ordered_json before = SaveSettings(tool.Op())["controls"];
-    const std::size_t steps = tool.Document().UndoTitles().size();
+ordered_json PerformDrag(host::Operator& op, const host::FusionDoc& document, PreviewView& view,
+                         const DragPath& path) {
+    const ordered_json before = SaveSettings(op)["controls"];
+    const std::size_t steps = document.UndoTitles().size();
     const bool hit = view.Drag(path.from, path.to);
 
-    const ordered_json after = SaveSettings(tool.Op())["controls"];
+    const ordered_json after = SaveSettings(op)["controls"];
     ordered_json changed = ordered_json::array();
     for (const auto& [id, value] : after.items())
         if (value != before[id])
-            changed.push_back({{"id", id}, {"label", FindControl(tool.Op(), id).Name()}, {"value", value}});
-    const std::vector<std::string> titles = tool.Document().UndoTitles();
+            changed.push_back({{"id", id}, {"label", FindControl(op, id).Name()}, {"value", value}});
+    const std::vector<std::string> titles = document.UndoTitles();
     return {{"from", {path.from.x, path.from.y}},
             {"to", {path.to.x, path.to.y}},
             {"hit", hit},
@@ -104,48 +104,49 @@ public:
     explicit PreviewCommand(CLI::App& k7)
         : Command(k7.add_subcommand("preview", "Shows a frame with a tool's on-screen controls over it")) {
         CLI::App& line = *Line();
-        AddToolName(toolName_);
-        AddEach("-i,--input", links_, "[INPUT=]FILE: the picture, sequence or `sample:` at an input")
-            ->required();
+        tools_.AddTo(line);
         line.add_option("-o,--output", output_, "FILE to write")->required();
-        AddEach("-s,--set", settings_, "CONTROL=VALUE, in the order given");
         line.add_option("-f,--frame", frame_, "FRAME to show");
         line.add_option("--size", size_, "WxH: pixels of the view; the picture fills it as far as it goes");
         AddEach("--drag", drags_,
                 "X1,Y1:X2,Y2: press, move and let go, in fractions of the picture; y upward");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
-        AddSettingsFiles(settingsFile_, saveFile_);
+        line.add_option("--on", on_, "N: show the widgets of the Nth tool; left out, of the last")
+            ->check(CLI::PositiveNumber);
         line.add_option("--exposure", exposure_, "STOPS by which the picture is shown brighter or darker")
             ->check(CLI::Range(-60.0, 60.0));
         line.add_flag("--json", json_, "Write an array with what came of each drag");
         pictures_.AddTo(line, false);
     }
 
+    void SetLaterStages(std::vector<StageWords> stages) override { tools_.SetLater(std::move(stages)); }
+
     int Run() override {
         const std::optional<ViewSize> size = size_.empty() ? std::nullopt : std::optional(ParseSize(size_));
         std::vector<DragPath> paths;
         for (const std::string& drag : drags_) paths.push_back(ParseDrag(drag));
         CheckCanWrite(output_);
-        Tool tool(FindTool(toolName_));
-        tool.LinkAll(links_, Missing::Error, aspect_, pictures_.Reading());
-        const int frame = SetFrame(tool);
+        const std::unique_ptr<Stack> made = tools_.Make(Missing::Error, aspect_, pictures_.Reading());
+        Stack& stack = *made;
+        const std::size_t on = on_ ? static_cast<std::size_t>(*on_) : stack.Size();
+        if (on > stack.Size()) throw UsageError("--on " + std::to_string(on) + ": there are fewer tools");
+        host::Operator& op = stack.Op(on - 1);
+        const int frame = SetFrame(stack);
         Console console(Console::Style::Quiet, 1, frame, frame);
-        if (!settingsFile_.empty()) LoadSettingsFile(tool.Op(), settingsFile_);
-        tool.ChooseDepth(pictures_.Working(), frame);
-        ApplySettings(tool.Op(), settings_, console);
+        tools_.Apply(stack, pictures_.Working(), frame, console);
         const Listener listener(console);
 
-        std::shared_ptr<host::Image> picture = tool.Render(frame);
-        PreviewView view(tool.Op(), size ? *size : DefaultSize(*picture));
+        std::shared_ptr<host::Image> picture = stack.Render(frame);
+        PreviewView view(op, size ? *size : DefaultSize(*picture));
         view.Show(*Exposed(picture, exposure_));
         ordered_json drags = ordered_json::array();
-        for (const DragPath& path : paths) drags.push_back(PerformDrag(tool, view, path));
+        for (const DragPath& path : paths) drags.push_back(PerformDrag(op, stack.Document(), view, path));
         if (!paths.empty()) {
-            picture = tool.Render(frame);
+            picture = stack.Render(frame);
             view.Show(*Exposed(picture, exposure_));
         }
         Write(view, console);
-        if (!saveFile_.empty()) SaveSettingsFile(tool.Op(), saveFile_);
+        tools_.Save(stack);
 
         if (json_)
             std::cout << drags.dump(2) << '\n';
@@ -156,11 +157,11 @@ public:
 
 private:
     /// The frame to show: the first of a sequence unless another is asked for.
-    int SetFrame(Tool& tool) const {
-        const std::optional<FrameSpan> span = tool.MainClip().Span();
+    int SetFrame(Stack& stack) const {
+        const std::optional<FrameSpan> span = stack.MainClip().Span();
         const int frame = frame_.value_or(span ? span->first : 0);
-        tool.SetExtent(span.value_or(FrameSpan{frame, frame}));
-        tool.Document().CurrentTime = frame;
+        stack.SetExtent(span.value_or(FrameSpan{frame, frame}));
+        stack.Document().CurrentTime = frame;
         return frame;
     }
 
@@ -172,10 +173,11 @@ private:
         WritePicture(output_, *like.image, like, [&](const std::string& text) { console.Warn(text); });
     }
 
-    std::string toolName_, output_, size_, aspect_, settingsFile_, saveFile_;
-    std::vector<std::string> links_, settings_, drags_;
+    StackOptions tools_;
+    std::string output_, size_, aspect_;
+    std::vector<std::string> drags_;
     PictureOptions pictures_;
-    std::optional<int> frame_;
+    std::optional<int> frame_, on_;
     double exposure_ = 0.0;
     bool json_ = false;
 };

@@ -5,6 +5,7 @@
 #include "media/PlugIns.h"
 #include "media/Words.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <exception>
@@ -59,7 +60,10 @@ void CheckPrinted() {
     throw std::runtime_error("standard output cannot be written: " + std::generic_category().message(errno));
 }
 
-int RunCommand(int count, const char* const* words) {
+int RunCommand(int count, const char* const* given) {
+    std::vector<std::string> words(given, given + count);
+    std::vector<StageWords> later = TakeStages(words);
+
     CLI::App k7("Renders picture files with the effects of the K7 plug-in.", "k7");
     k7.require_subcommand(1);
     k7.set_version_flag("--version", "k7 " K7_VERSION);
@@ -68,8 +72,10 @@ int RunCommand(int count, const char* const* words) {
         commands.push_back(make(k7));
 
     try {
-        if (count > 1) CheckFirstWord(words[1], commands);
-        k7.parse(count, words);
+        if (words.size() > 1) CheckFirstWord(words[1], commands);
+        std::reverse(words.begin(), words.end()); // as the parser wants them
+        if (!words.empty()) words.pop_back();
+        k7.parse(std::move(words));
     } catch (const CLI::Success& wish) {
         return k7.exit(wish);
     } catch (const CLI::ParseError& error) {
@@ -78,6 +84,7 @@ int RunCommand(int count, const char* const* words) {
     LoadPlugIns();
     for (const auto& command : commands)
         if (command->Line()->parsed()) {
+            command->SetLaterStages(std::move(later));
             const int code = command->Run();
             if (code == 0 && command->PrintsResult()) CheckPrinted();
             return code;
@@ -86,6 +93,10 @@ int RunCommand(int count, const char* const* words) {
 }
 
 } // namespace
+
+void Command::SetLaterStages(std::vector<StageWords> stages) {
+    if (!stages.empty()) throw UsageError("--then goes with render and preview only");
+}
 
 int RunProgram(int count, const char* const* words) {
     try {

@@ -14,8 +14,6 @@ namespace app {
 
 using namespace media;
 
-using namespace media;
-
 namespace {
 
 /// Whether a file is there that can be opened as a picture.
@@ -31,9 +29,9 @@ bool IsWhole(const std::string& path) {
 
 } // namespace
 
-RenderJob::RenderJob(Tool& tool, Console& console, std::string output, bool skipExisting,
+RenderJob::RenderJob(Stack& stack, Console& console, std::string output, bool skipExisting,
                      WriteOptions options)
-    : tool_(tool)
+    : stack_(stack)
     , console_(console)
     , output_(std::move(output))
     , skipExisting_(skipExisting)
@@ -69,11 +67,11 @@ void RenderJob::FinishWriting() {
 
 void RenderJob::RenderFrame(int frame, const std::string& path) {
     const Clock::time_point start = Clock::now();
-    std::shared_ptr<host::Image> image = tool_.Render(frame);
+    std::shared_ptr<host::Image> image = stack_.Render(frame);
     if (!image) return; // aborted: the frame in work is dropped
     FinishWriting();
     writing_ = {
-        frame, path, start, std::async(std::launch::async, [=, this, like = tool_.MainClip().At(frame)] {
+        frame, path, start, std::async(std::launch::async, [=, this, like = stack_.MainClip().At(frame)] {
             WritePicture(
                 path, *image, like, [this](const std::string& text) { console_.Warn(text); }, options_);
         })};
@@ -91,10 +89,10 @@ void RenderJob::RunFrame(int frame) {
 }
 
 int RenderJob::Run(const std::vector<int>& frames) {
-    const Interrupt interrupt(tool_.Op().AbortFlag);
+    const Interrupt interrupt(stack_.AbortFlags());
     console_.Start();
     for (int frame : frames) {
-        if (tool_.Op().AbortFlag) break;
+        if (interrupt.ExitCode()) break;
         RunFrame(frame);
     }
     FinishWriting();

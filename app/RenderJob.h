@@ -3,7 +3,7 @@
 #include "app/Console.h"
 #include "app/Interrupt.h"
 #include "media/FilePattern.h"
-#include "media/Tool.h"
+#include "media/Stack.h"
 
 #include <chrono>
 #include <functional>
@@ -15,10 +15,10 @@
 
 namespace app {
 
-/// Renders frames of a tool into files. While a frame is rendered, the one before it is written.
+/// Renders frames of a stack into files. While a frame is rendered, the one before it is written.
 class RenderJob {
 public:
-    RenderJob(media::Tool& tool, Console& console, std::string output, bool skipExisting,
+    RenderJob(media::Stack& stack, Console& console, std::string output, bool skipExisting,
               media::WriteOptions options = {});
 
     /// Renders all frames, whatever becomes of single ones, and lists the failures on standard error. The
@@ -43,7 +43,7 @@ private:
     /// Does a part of the work on a frame; a failure is noted and told.
     void Attempt(int frame, const std::string& path, const std::function<void()>& work);
 
-    media::Tool& tool_;
+    media::Stack& stack_;
     Console& console_;
     const media::FilePattern output_;
     const bool skipExisting_;

@@ -1,7 +1,6 @@
 #include "app/SettingsFile.h"
 
 #include "media/Errors.h"
-#include "media/Settings.h"
 #include "media/WholeFile.h"
 
 #include <nlohmann/json.hpp>
@@ -14,22 +13,27 @@ namespace app {
 
 using namespace media;
 
-void LoadSettingsFile(host::Operator& op, const std::string& path) {
+nlohmann::json ReadSettingsFile(const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored)) throw UsageError("'" + path + "': is a folder");
     std::ifstream file(path);
     if (!file) throw UsageError("'" + path + "': the settings cannot be read");
-    const nlohmann::json json = nlohmann::json::parse(file, nullptr, false);
+    nlohmann::json json = nlohmann::json::parse(file, nullptr, false);
     if (json.is_discarded()) throw UsageError("'" + path + "': is no JSON");
+    return json;
+}
+
+void LoadSettingsFile(Stack& stack, const std::string& path) {
     try {
-        RestoreSettings(op, json);
+        RestoreStack(stack, ReadSettingsFile(path));
     } catch (const UsageError& error) {
-        throw UsageError("'" + path + "': " + error.what());
+        const std::string why = error.what();
+        throw UsageError(why.starts_with("'" + path + "'") ? why : "'" + path + "': " + why);
     }
 }
 
-void SaveSettingsFile(const host::Operator& op, const std::string& path) {
-    const std::string text = SaveSettings(op).dump(2) + "\n";
+void SaveSettingsFile(const Stack& stack, const std::string& path) {
+    const std::string text = SaveStack(stack).dump(2) + "\n";
     try {
         WholeFile(path).Finish({text.begin(), text.end()});
     } catch (const FrameError& error) {

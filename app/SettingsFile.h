@@ -1,15 +1,20 @@
 #pragma once
 
-#include "host/Operator.h"
+#include "media/Stack.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 
 namespace app {
 
-/// Takes a tool's controls from a file that SaveSettingsFile wrote. Throws media::UsageError.
-void LoadSettingsFile(host::Operator& op, const std::string& path);
+/// What a file holds that SaveSettingsFile wrote. Throws media::UsageError.
+nlohmann::json ReadSettingsFile(const std::string& path);
 
-/// Writes a tool's controls with their keys. Throws std::runtime_error.
-void SaveSettingsFile(const host::Operator& op, const std::string& path);
+/// Takes the controls of all tools from such a file. Throws media::UsageError.
+void LoadSettingsFile(media::Stack& stack, const std::string& path);
+
+/// Writes the tools and their controls with their keys. Throws std::runtime_error.
+void SaveSettingsFile(const media::Stack& stack, const std::string& path);
 
 } // namespace app

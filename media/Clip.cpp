@@ -4,7 +4,6 @@
 #include "media/Words.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace media {
@@ -12,11 +11,6 @@ namespace {
 
 /// Room for three frames of 4096 x 3072 in 32-bit float.
 constexpr std::size_t kCacheBytes = std::size_t{640} << 20;
-
-int FrameOf(double time) {
-    if (std::isnan(time)) return 0;
-    return static_cast<int>(std::clamp(std::floor(time), -2147483648.0, 2147483647.0));
-}
 
 } // namespace
 
@@ -81,23 +75,6 @@ const Picture& Clip::Load(int frame) {
 Picture Clip::At(int frame) {
     const std::lock_guard lock(mutex_);
     return Load(frame);
-}
-
-host::Image* Clip::ImageAt(double time) {
-    const std::lock_guard lock(mutex_);
-    try {
-        host::Image* image = Load(FrameOf(time)).image.get();
-        image->Retain();
-        return image;
-    } catch (const FrameError& error) {
-        if (error_.empty()) error_ = error.what();
-        return nullptr;
-    }
-}
-
-std::string Clip::TakeError() {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(error_, {});
 }
 
 } // namespace media

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "host/Input.h"
 #include "media/ClipSource.h"
 #include "media/FrameCache.h"
 #include "media/FrameRange.h"
@@ -28,8 +27,8 @@ struct Aspect {
 /// `X:Y`. Throws UsageError.
 Aspect ParseAspect(const std::string& text);
 
-/// A clip at an image input. Frames read last are kept, so that each is decoded once.
-class Clip : public host::ImageProvider {
+/// The pictures of a clip. Those read last are kept, so that each is decoded once.
+class Clip {
 public:
     /// `aspect`, where given, replaces the files' own.
     Clip(const std::string& name, Missing missing, std::optional<Aspect> aspect,
@@ -44,11 +43,6 @@ public:
     /// Throws FrameError. Any thread may ask.
     Picture At(int frame);
 
-    /// The same for a tool, which gets no picture where reading fails; TakeError then tells why.
-    host::Image* ImageAt(double time) override;
-    /// Why the first picture since the last call could not be had; empty if all went well.
-    std::string TakeError();
-
 private:
     const Picture& Load(int frame);
     Picture ReadOrReplace(int frame) const;
@@ -59,7 +53,6 @@ private:
     const std::optional<Aspect> aspect_;
     std::mutex mutex_;
     FrameCache cache_;
-    std::string error_;
 };
 
 } // namespace media

@@ -83,6 +83,7 @@ public:
     std::string NameOf(int frame) const override { return kSampleName + (" frame " + std::to_string(frame)); }
     Picture Read(int frame) const override {
         Picture picture;
+        picture.matte = true;
         picture.image = Share(host::Image::Make(SampleClip::kWidth, SampleClip::kHeight, host::Depth::Int16));
         if (!picture.image) throw FrameError(NameOf(frame) + ": there is not enough memory for this picture");
         picture.colours = {false, {0, 1, 2, 3}};

@@ -41,6 +41,7 @@ struct Picture {
     StoredDepth depth;       ///< of the file's colours
     std::string format;      ///< of the file, as OpenImageIO names it; empty where there was no file
     bool straight = false;   ///< the file's colours are not multiplied by their alpha
+    bool matte = false;      ///< alpha is a matte beside the colours, of which none follows the other
     bool multiplied = false; ///< those of the image are, against the rule of its file
     int quality = 0;         ///< of a JPEG file, 1 to 100; 0 where it is not known
     OIIO::ImageSpec stored;  ///< the part of the file that the picture is; its metadata are handed on

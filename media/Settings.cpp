@@ -241,6 +241,20 @@ ordered_json SaveSettings(const host::Operator& op) {
     return {{"tool", op.Class()->Id().Text()}, {"controls", controls}};
 }
 
+void CopySettings(const host::Operator& from, host::Operator& to) {
+    const Silence silence(to.Document);
+    const std::vector<Input*> own = to.Inputs();
+    std::size_t i = 0;
+    for (const Input* input : from.Inputs()) {
+        Input& copy = *own[i++];
+        if (!IsControl(copy)) continue;
+        if (copy.DataType() == Type::Text)
+            SetText(copy, input->GetText());
+        else
+            copy.SetCurve(input->GetCurve());
+    }
+}
+
 void RestoreSettings(host::Operator& op, const json& saved) {
     const Silence silence(op.Document);
     try {

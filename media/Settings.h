@@ -38,6 +38,9 @@ nlohmann::ordered_json SaveSettings(const host::Operator& op);
 /// The value of one control, or its keys, as SaveSettings writes it.
 nlohmann::ordered_json SavedValue(const host::Input& control);
 
+/// Gives a tool the values and keys of another of its class. The tool does not react.
+void CopySettings(const host::Operator& from, host::Operator& to);
+
 /// Brings back what SaveSettings gave. The tool does not react, so every value ends as it was saved. Throws
 /// UsageError.
 void RestoreSettings(host::Operator& op, const nlohmann::json& saved);

@@ -107,7 +107,7 @@ std::shared_ptr<const Image> Prepare(const Image& image, const Layout& layout, c
                                      const std::string& format) {
     const bool straight = like.straight && !like.multiplied;
     const bool alpha = like.colours.HasAlpha() && layout.channels % 2 == 0;
-    const bool turn = alpha && straight != WritesStraightAlpha(format, like);
+    const bool turn = alpha && !like.matte && straight != WritesStraightAlpha(format, like);
     const bool asIs = image.PixelDepth == layout.depth.depth && image.PixelPlanes == host::Planes::One;
     if (asIs && layout.channels >= 3 && !turn) return {&image, [](const Image*) {}};
     if (!turn && layout.channels >= 3) return Convert(image, layout.depth.depth);

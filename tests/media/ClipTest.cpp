@@ -1,5 +1,6 @@
 #include "media/Clip.h"
 #include "media/Errors.h"
+#include "media/Feeds.h"
 #include "media/FrameCache.h"
 #include "tests/media/Folder.h"
 #include "tests/media/Pictures.h"
@@ -39,10 +40,11 @@ TEST_F(ClipTest, RunsFromTheFirstFileToTheLastAndAMissingFrameFailsWithItsName) 
     EXPECT_EQ(clip.Span()->last, 4);
     EXPECT_EQ(FirstWord(clip.At(4)), 400);
     EXPECT_THROW(clip.At(3), FrameError);
-    EXPECT_EQ(clip.ImageAt(3), nullptr);
-    EXPECT_EQ(clip.ImageAt(0), nullptr);
-    EXPECT_NE(clip.TakeError().find("f.3.png"), std::string::npos) << "the first failure is told";
-    EXPECT_EQ(clip.TakeError(), "");
+    ClipFeed feed(std::make_shared<Clip>(folder_ / "f.%d.png", Missing::Error, std::nullopt));
+    EXPECT_EQ(feed.ImageAt(3), nullptr);
+    EXPECT_EQ(feed.ImageAt(0), nullptr);
+    EXPECT_NE(feed.TakeError().find("f.3.png"), std::string::npos) << "the first failure is told";
+    EXPECT_EQ(feed.TakeError(), "");
 }
 
 TEST_F(ClipTest, AMissingFrameIsHeldOrBlack) {
@@ -66,11 +68,11 @@ TEST_F(ClipTest, ASinglePictureIsTheSameAtEveryFrame) {
 }
 
 TEST_F(ClipTest, EachFrameIsDecodedOnce) {
-    Clip clip = Open(Missing::Error);
-    const host::Ref<host::Image> first(clip.ImageAt(1.9));
-    const host::Ref<host::Image> second(clip.ImageAt(2.0));
+    ClipFeed feed(std::make_shared<Clip>(folder_ / "f.%d.png", Missing::Error, std::nullopt));
+    const host::Ref<host::Image> first(feed.ImageAt(1.9));
+    const host::Ref<host::Image> second(feed.ImageAt(2.0));
     std::filesystem::remove(folder_ / "f.1.png");
-    const host::Ref<host::Image> again(clip.ImageAt(1.0));
+    const host::Ref<host::Image> again(feed.ImageAt(1.0));
     EXPECT_EQ(first.get(), again.get());
     EXPECT_NE(first.get(), second.get());
 }

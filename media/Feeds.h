@@ -1,0 +1,67 @@
+#pragma once
+
+#include "host/Operator.h"
+#include "media/Clip.h"
+
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace media {
+
+/// What stands at an image input of a tool, and why it gave no picture.
+class Feed : public host::ImageProvider {
+public:
+    host::Image* ImageAt(double time) final;
+    /// Why the first picture since the last call could not be had; empty if all went well.
+    std::string TakeError();
+
+protected:
+    /// The picture at a time, with a reference for the caller. Throws FrameError; null where the frame is aborted.
+    virtual host::Image* Give(double time) = 0;
+
+private:
+    std::mutex mutex_;
+    std::string error_;
+};
+
+/// A clip, which may feed several tools.
+class ClipFeed : public Feed {
+public:
+    explicit ClipFeed(std::shared_ptr<Clip> clip) : clip_(std::move(clip)) {}
+    /// Another feed from the same clip.
+    ClipFeed(const ClipFeed& other) : clip_(other.clip_), depth_(other.depth_) {}
+
+    const std::shared_ptr<Clip>& Source() const { return clip_; }
+    /// From now on pictures come in a depth that holds this one's values too.
+    void Deepen(host::Depth depth) { depth_ = depth; }
+
+protected:
+    host::Image* Give(double time) override;
+
+private:
+    const std::shared_ptr<Clip> clip_;
+    std::optional<host::Depth> depth_;
+};
+
+/// The frames of a tool as the main picture of the next. The last ones are kept, so that none is computed twice
+/// in a run forward: one, or as many as the next tool asks for at other times.
+class ToolFeed : public Feed {
+public:
+    explicit ToolFeed(host::Operator& op) : operator_(op) {}
+
+protected:
+    host::Image* Give(double time) override;
+
+private:
+    static constexpr std::size_t kMostKept = 3;
+
+    host::Operator& operator_;
+    std::size_t room_ = 1;
+    std::list<std::pair<double, host::Ref<host::Image>>> kept_; ///< the last used comes first
+};
+
+} // namespace media
