@@ -45,6 +45,7 @@ void Operator::AddCommonControls() {
 }
 
 void Operator::Render(Request* request) {
+    frameTime_ = request->Time;
     if (common_)
         common_->Render(*request);
     else

@@ -71,6 +71,7 @@ public:
     Input* FindInput(const std::string& id) const; ///< by id; null if there is none
     int ChangeCount() const { return changes_; }
     const Registry* Class() const { return registry_; }
+    double FrameTime() const { return frameTime_; } ///< of the frame that Render was last called for
 
     FusionDoc* const Document;           ///< may be null
     std::string Name;                    ///< of the tool in its composition
@@ -85,6 +86,7 @@ private:
     std::vector<Ref<Output>> outputs_;
     TimeExtent extent_{0.0, 1.0, 1.0};
     std::atomic<int> changes_ = 0;
+    std::atomic<double> frameTime_ = kTimeUndefined;
 };
 
 /// A tool that spreads its work over the threads of the host.

@@ -1,6 +1,5 @@
 #include "media/Feeds.h"
 
-#include "host/Document.h"
 #include "media/Errors.h"
 #include "media/PictureDepth.h"
 
@@ -50,8 +49,8 @@ host::Image* ToolFeed::Give(double time) {
     if (found != kept_.end()) {
         kept_.splice(kept_.begin(), kept_, found);
     } else {
-        // A tool that looks at other frames than the one in work will do so again.
-        if (operator_.Document && operator_.Document->CurrentTime != time) room_ = kMostKept;
+        // A tool that looks at other frames than the one in progress will do so again.
+        if (next_.FrameTime() != time) room_ = kMostKept;
         host::Request request(time);
         operator_.Render(&request);
         if (operator_.AbortFlag) return nullptr;

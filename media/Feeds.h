@@ -51,7 +51,8 @@ private:
 /// in a run forward: one, or as many as the next tool asks for at other times.
 class ToolFeed : public Feed {
 public:
-    explicit ToolFeed(host::Operator& op) : operator_(op) {}
+    /// From a tool to the next one.
+    ToolFeed(host::Operator& from, const host::Operator& to) : operator_(from), next_(to) {}
 
 protected:
     host::Image* Give(double time) override;
@@ -60,6 +61,7 @@ private:
     static constexpr std::size_t kMostKept = 3;
 
     host::Operator& operator_;
+    const host::Operator& next_;
     std::size_t room_ = 1;
     std::list<std::pair<double, host::Ref<host::Image>>> kept_; ///< the last used comes first
 };

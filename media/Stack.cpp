@@ -67,7 +67,7 @@ void Stack::MakeTools(const std::vector<const host::Registry*>& tools) {
         Stage stage;
         stage.op = host::Ref<host::Operator>(tool->NewOperator(&document_));
         if (!stage.op) throw std::runtime_error("the tool " + PlainName(*tool) + " could not be made");
-        if (!stages_.empty()) stage.before = std::make_unique<ToolFeed>(Last());
+        if (!stages_.empty()) stage.before = std::make_unique<ToolFeed>(Last(), *stage.op);
         stages_.push_back(std::move(stage));
         if (ToolFeed* before = stages_.back().before.get()) MainInput(Size() - 1)->Connect(before);
     }
