@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "app/Commands.h"
+#include "host/Application.h"
 #include "media/Errors.h"
 #include "media/PlugIns.h"
 #include "media/Words.h"
@@ -82,6 +83,7 @@ int RunCommand(int count, const char* const* given) {
         throw UsageError(Explain(error, commands));
     }
     LoadPlugIns();
+    host::GetApp()->Division = 1; // frames are the same on every machine
     for (const auto& command : commands)
         if (command->Line()->parsed()) {
             command->SetLaterStages(std::move(later));

@@ -55,6 +55,7 @@ public:
         const std::vector<int> frames = ChooseFrames(stack);
         CheckBeforeWork({stack, output_, frames, pictures_.Writing(), !noFolder_});
         if (threads_) host::GetApp()->ProcessorCount = threads_;
+        if (threads_) host::GetApp()->Division = threads_;
         stack.Document().CurrentTime = frames.front();
         const auto [least, most] = std::minmax_element(frames.begin(), frames.end());
         Console console(Console::StyleFor(quiet_), static_cast<int>(frames.size()), *least, *most);

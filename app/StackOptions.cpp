@@ -21,13 +21,16 @@ void StackOptions::AddTo(CLI::App& line) {
     line.add_option("TOOL", toolName_, "Class id (K7.Clean), name (K7Clean) or plain name (Clean)");
     each("-i,--input", links_, "[INPUT=]FILE: the picture, sequence or `sample:` at an input")->required();
     each("-s,--set", settings_, "CONTROL=VALUE, in the order given");
-    each("--then", then_, "TOOL that works on the frames of the one before; -s and -i INPUT=FILE behind it are its");
+    each("--then", then_,
+         "TOOL that works on the frames of the one before; -s and -i INPUT=FILE behind it are its");
     line.add_option("--settings", loadFile_,
                     "Take tools and controls from a file that --save-settings wrote; TOOL may be left out");
-    line.add_option("--save-settings", saveFile_, "Write all controls with their keys into a file at the end");
+    line.add_option("--save-settings", saveFile_,
+                    "Write all controls with their keys into a file at the end");
 }
 
-std::unique_ptr<Stack> StackOptions::Make(Missing missing, const std::string& aspect, const ReadOptions& reading) {
+std::unique_ptr<Stack> StackOptions::Make(Missing missing, const std::string& aspect,
+                                          const ReadOptions& reading) {
     std::vector<host::Registry*> tools;
     if (!toolName_.empty()) tools.push_back(&FindTool(toolName_));
     for (const StageWords& stage : later_) tools.push_back(&FindTool(stage.tool));

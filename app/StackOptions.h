@@ -25,8 +25,8 @@ public:
     /// The tools, of the command line or of the settings file, linked to their pictures.
     std::unique_ptr<media::Stack> Make(media::Missing missing, const std::string& aspect,
                                        const media::ReadOptions& reading);
-    /// The settings of the file, then the depth, then those of the command line. Warns of what they do not do as
-    /// they are written.
+    /// The settings of the file, then the depth, then those of the command line. Warns of what they do not do
+    /// as they are written.
     void Apply(media::Stack& stack, media::WorkingDepth depth, int frame, Console& console) const;
     /// Writes the settings file that is asked for, if one is. Throws std::runtime_error.
     void Save(const media::Stack& stack) const;

@@ -14,8 +14,8 @@ struct StageWords {
     std::vector<std::string> settings;
 };
 
-/// Takes `--then TOOL`, and the settings and named inputs behind it, out of a command line: an element for each.
-/// Throws media::UsageError.
+/// Takes `--then TOOL`, and the settings and named inputs behind it, out of a command line: an element for
+/// each. Throws media::UsageError.
 std::vector<StageWords> TakeStages(std::vector<std::string>& words);
 
 } // namespace app

@@ -20,7 +20,8 @@ public:
     }
 };
 
-const ToolRegistration<DFDither> tool({105, "Dither", "Dth", "Breaks up images by pixel dithering."});
+const ToolRegistration<DFDither> tool({105, "Dither", "Dth", "Breaks up images by pixel dithering.",
+                                       kShowsDivision});
 
 } // namespace
 } // namespace k7

@@ -48,8 +48,13 @@ void Dither::ScatterRows(const PictureK7<Sample>& in, const PictureK7<Sample>& o
     const bool horizontal = DiRe.Value != 3;
     const bool vertical = DiRe.Value != 2;
 
-    std::uint32_t state = SeedAt(Time);
+    const std::uint32_t seed = SeedAt(Time);
+    const auto drawsOfRow = static_cast<std::uint64_t>(in.Width) * (horizontal + vertical);
+    std::uint32_t state = seed;
     for (int y = first; y <= last && !IsAborted(); ++y) {
+        // The sequence starts again with each part of the frame, whoever works on its rows.
+        const int start = PartRows::Around(y, Division(), in.Height).first;
+        if (y == first || y == start) state = SkipRand15(seed, drawsOfRow * static_cast<unsigned>(y - start));
         Sample* to = out.Rows[y];
         for (int x = 0; x < in.Width; ++x, to += in.Channels) {
             int fromX = horizontal ? across(&state) + x : x;

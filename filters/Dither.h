@@ -15,7 +15,7 @@ struct DitherInfo {
 };
 
 /// Breaks a picture up: each pixel is one of its neighbours, drawn at random. The pattern depends on the time
-/// and starts anew in each chunk of rows.
+/// and starts again in each part into which the owner has the frame divided.
 class Dither : public PluginK7, public DitherInfo, public OverlayK7 {
 public:
     void Process() override;

@@ -29,6 +29,12 @@ public:
     /// True once the owner has been asked to abandon the frame. Workers ask once per row at most.
     bool IsAborted() const { return Operator->AbortRaised(); }
 
+    /// Into how many parts work is divided whose result shows the division; at least 1.
+    int Division() const {
+        const int parts = Operator->Division();
+        return parts > 1 ? parts : 1;
+    }
+
     /// Runs a worker over rows 0 to rows - 1 on all threads; returns when all chunks are done.
     void RunChunks(CoreWorker worker, int rows) { RunCoreChunks(*Chunks, worker, rows); }
 

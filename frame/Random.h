@@ -12,6 +12,17 @@ constexpr int Rand15(std::uint32_t* state) {
     return static_cast<int>(*state >> 16 & 0x7fffu);
 }
 
+/// The state after `draws` more draws (F. B. Brown, Random number generation with arbitrary strides, 1994).
+constexpr std::uint32_t SkipRand15(std::uint32_t state, std::uint64_t draws) {
+    std::uint32_t multiplier = 214013u, increment = 2531011u;
+    for (; draws > 0; draws >>= 1) {
+        if (draws & 1) state = state * multiplier + increment;
+        increment *= multiplier + 1u;
+        multiplier *= multiplier;
+    }
+    return state;
+}
+
 /// ran1 of Numerical Recipes (Press et al., 2nd edition, 7.1): the minimal standard of Park and Miller with a
 /// Bays-Durham shuffle. The object is the whole generator; a copy goes on with the same sequence.
 class Ran1 {

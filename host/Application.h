@@ -26,6 +26,11 @@ public:
     /// at the start. It does not change how many threads there are.
     std::atomic<int> ProcessorCount;
 
+    /// Into how many parts tools divide a frame whose class says that the division shows
+    /// (kTagRegShowsDivision); 0, as at the start, stands for ProcessorCount. The front ends set 1, so that
+    /// frames are the same on every machine.
+    std::atomic<int> Division = 0;
+
     /// Runs task(0) to task(count - 1) on the pool's threads and this one, or as the runner that was set does
     /// it; returns when all have returned.
     /// Calls from several threads at once share the pool.

@@ -47,13 +47,11 @@ void RunImageChunks(void* context, ImageWorker worker, int rows) {
 
 void RunChunk(ChunkRecord& record, PluginK7* core, int index) {
     const CurrentChunksScope scope(&record);
-    const int per = record.Rows / record.Threads;
-    const int first = per * index;
-    const int last = index == record.Threads - 1 ? record.Rows - 1 : first + per - 1;
+    const PartRows rows(index, record.Threads, record.Rows);
     if (record.CoreFunction)
-        record.CoreFunction(core, first, last, record.Threads);
+        record.CoreFunction(core, rows.first, rows.last, record.Threads);
     else if (record.ImageFunction)
-        record.ImageFunction(record.ImageContext, first, last, record.Threads);
+        record.ImageFunction(record.ImageContext, rows.first, rows.last, record.Threads);
 }
 
 bool AbortRequested() {

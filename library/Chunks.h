@@ -21,6 +21,10 @@ public:
     /// How many chunks a dispatch is divided into; a value below 1 counts as 1.
     virtual int ProcessorCount() const = 0;
 
+    /// Into how many parts work is divided whose result shows the division, whoever does it: those of a
+    /// dispatch, unless the owner says otherwise.
+    virtual int Division() const { return ProcessorCount(); }
+
     /// Calls RunChunk once for each index from 0 to chunks - 1, on any threads and in any order, and returns
     /// when all of them have returned.
     virtual void DoMultiProcess(ChunkRecord& record, int chunks) = 0;
@@ -30,6 +34,21 @@ public:
 
     /// Takes a text that tells of a failure; it must not keep the pointer. Any thread may call.
     virtual void TakeMessage(const char* text) = 0;
+};
+
+/// The rows of part `index` of `parts`, inclusive. Where there are fewer rows than parts the last one has
+/// all.
+struct PartRows {
+    PartRows(int index, int parts, int rows)
+        : first(rows / parts * index)
+        , last(index == parts - 1 ? rows - 1 : first + rows / parts - 1) {}
+    /// The part that a row lies in.
+    static PartRows Around(int row, int parts, int rows) {
+        const int per = rows / parts;
+        return {per > 0 && row / per < parts ? row / per : parts - 1, parts, rows};
+    }
+
+    int first, last;
 };
 
 /// The dispatch in work; one for each operator, shared by its core and the image layer.

@@ -20,7 +20,8 @@ public:
     std::string TakeError();
 
 protected:
-    /// The picture at a time, with a reference for the caller. Throws FrameError; null where the frame is aborted.
+    /// The picture at a time, with a reference for the caller. Throws FrameError; null where the frame is
+    /// aborted.
     virtual host::Image* Give(double time) = 0;
 
 private:
@@ -47,8 +48,8 @@ private:
     std::optional<host::Depth> depth_;
 };
 
-/// The frames of a tool as the main picture of the next. The last ones are kept, so that none is computed twice
-/// in a run forward: one, or as many as the next tool asks for at other times.
+/// The frames of a tool as the main picture of the next. The last ones are kept, so that none is computed
+/// twice in a run forward: one, or as many as the next tool asks for at other times.
 class ToolFeed : public Feed {
 public:
     /// From a tool to the next one.

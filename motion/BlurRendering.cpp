@@ -60,13 +60,15 @@ void StorePixel(Sample* pixel, Float4 sum, float weight) {
 template <class Sample>
 class BlurRenderer::Splatter {
 public:
+    /// Fills rows `first` to `last`, which lie in `part`.
     Splatter(const Level& canvas, const PictureK7<Sample>& previous, const PictureK7<Sample>& current,
-             const MotionField& field, const BlurPaths& paths, int first, int last)
+             const MotionField& field, const BlurPaths& paths, PartRows part, int first, int last)
         : canvas_(canvas)
         , previous_(previous)
         , current_(current)
         , field_(field)
         , paths_(paths)
+        , part_(part)
         , first_(first)
         , last_(last)
         , endX_(static_cast<float>(field.Width - 2))
@@ -79,11 +81,11 @@ public:
         std::fill_n(canvas_.Weight + start, cells, 0.0f);
     }
 
-    /// Whether anything that starts in a row can come into the chunk's rows.
-    bool Meets(int y, RowReach reach) const {
+    /// Whether anything that starts in a row can come into the rows to be filled.
+    bool Touches(int y, RowReach reach) const {
         const float a = PathEnd(y, paths_.Scale * reach.low, endY_);
         const float b = PathEnd(y, paths_.Scale * reach.high, endY_);
-        return Meets(y, std::min(a, b), std::max(a, b));
+        return Touches(y, std::min(a, b), std::max(a, b));
     }
 
     void SplatRow(int y) const {
@@ -106,10 +108,18 @@ private:
         return position;
     }
 
-    bool Meets(int y, float lowEnd, float highEnd) const {
+    /// Which paths a part takes; the same for all of its rows.
+    bool Takes(int y, float end) const {
         const float start = static_cast<float>(y);
-        return std::max(start, highEnd) >= static_cast<float>(first_) &&
-               std::min(start, lowEnd) <= static_cast<float>(last_ + 1);
+        return std::max(start, end) >= static_cast<float>(part_.first) &&
+               std::min(start, end) <= static_cast<float>(part_.last + 1);
+    }
+
+    /// Whether a path comes near the rows to be filled, with a row to spare.
+    bool Touches(int y, float lowEnd, float highEnd) const {
+        const float start = static_cast<float>(y);
+        return std::max(start, highEnd) >= static_cast<float>(first_ - 2) &&
+               std::min(start, lowEnd) <= static_cast<float>(last_ + 2);
     }
 
     /// The later frame between its pixels.
@@ -126,7 +136,7 @@ private:
 
     void SplatPath(int x, int y, float dx, float dy) const {
         const float endY = PathEnd(y, paths_.Scale * dy, endY_);
-        if (!Meets(y, endY, endY)) return;
+        if (!Takes(y, endY) || !Touches(y, endY, endY)) return;
         const float endX = PathEnd(x, paths_.Scale * dx, endX_);
         const float startX = static_cast<float>(x);
         const float startY = static_cast<float>(y);
@@ -179,6 +189,7 @@ private:
     const PictureK7<Sample>& current_;
     const MotionField& field_;
     BlurPaths paths_;
+    PartRows part_;
     int first_;
     int last_;
     float endX_; ///< paths end at most here
@@ -218,17 +229,22 @@ void BlurRenderer::RenderBlur(PluginK7& core, PictureK7<Sample>& output, const P
     paths.EndWeight = Bound(paths.EndWeight, 1.0f, kMostWeight);
     paths.Scale = std::isnan(paths.Scale) ? 0.0f : std::clamp(paths.Scale, -kMostScale, kMostScale);
 
-    // Fill the canvas. A chunk owns its rows of it, but paths come into them from anywhere in the frame.
+    // Fill the canvas. A worker owns its rows of it, but paths come into them from anywhere in the frame.
+    const int parts = core.Division();
     const int height = field.Height;
     RunRows(core, height, [&](int first, int last) {
         for (int y = first; y <= last && !core.IsAborted(); ++y) FindReach(field, y);
     });
     RunRows(core, height, [&](int first, int last) {
-        if (first > last) return;
-        const Splatter<Sample> splatter(levels_[0], previous, current, field, paths, first, last);
-        for (int y = first; y <= last && !core.IsAborted(); ++y) splatter.ClearRow(y);
-        for (int y = 0; y < height && !core.IsAborted(); ++y)
-            if (splatter.Meets(y, reach_[static_cast<std::size_t>(y)])) splatter.SplatRow(y);
+        for (int next = first; next <= last;) {
+            const PartRows part = PartRows::Around(next, parts, height);
+            const int end = std::min(part.last, last);
+            const Splatter<Sample> splatter(levels_[0], previous, current, field, paths, part, next, end);
+            for (int y = next; y <= end && !core.IsAborted(); ++y) splatter.ClearRow(y);
+            for (int y = 0; y < height && !core.IsAborted(); ++y)
+                if (splatter.Touches(y, reach_[static_cast<std::size_t>(y)])) splatter.SplatRow(y);
+            next = end + 1;
+        }
     });
 
     // Make the coarser levels and take each pixel from all of them.

@@ -26,9 +26,9 @@ public:
     [[nodiscard]] bool MakeBuffers(int width, int height, int number);
 
     /// Fills `output`; all pictures and the field have the buffers' size. Vectors of pictures less than 3
-    /// pixels wide or high must be zero. Every chunk drops the share that a path's end less than a row below
-    /// the chunk would give to its first row, so that the division into chunks shows there; otherwise threads
-    /// do not change the frame. `core` gives the threads.
+    /// pixels wide or high must be zero. Every part into which the owner divides a frame drops the share that
+    /// a path's end less than a row below it would give to its first row, so that the division shows there;
+    /// the number of threads does not. `core` gives both.
     template <class Sample>
     void RenderBlur(PluginK7& core, PictureK7<Sample>& output, const PictureK7<Sample>& previous,
                     const PictureK7<Sample>& current, const MotionField& field, BlurPaths paths);

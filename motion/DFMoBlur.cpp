@@ -45,7 +45,7 @@ public:
 const ToolRegistration<DFMoBlur> tool({109, "MoBlur", "MoB",
                                        "Motion analysis over consecutive frames to derive a natural motion "
                                        "blur, affecting only the moving regions of the clip.",
-                                       kWritesControls});
+                                       kWritesControls | kShowsDivision});
 
 } // namespace
 } // namespace k7

@@ -72,6 +72,7 @@ void SpreadWork() {
     unsigned processors = 0;
     if (suites.thread && suites.thread->multiThreadNumCPUs(&processors) == kOk && processors > 0)
         host::GetApp()->ProcessorCount = static_cast<int>(std::min(processors, 1024u));
+    host::GetApp()->Division = 1; // frames are the same on every machine
     host::GetApp()->SetTaskRunner(&RunOnHostThreads);
 }
 

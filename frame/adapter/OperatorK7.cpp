@@ -173,6 +173,11 @@ int OperatorK7::ProcessorCount() const {
     return GetApp()->ProcessorCount;
 }
 
+int OperatorK7::Division() const {
+    const int parts = GetApp()->Division;
+    return parts > 0 && Class() && Class()->HasAttr(kTagRegShowsDivision) ? parts : ProcessorCount();
+}
+
 void OperatorK7::DoMultiProcess(ChunkRecord& record, int chunks) {
     ThreadedOperator::DoMultiProcess(static_cast<Request*>(record.Request), chunks);
 }

@@ -131,6 +131,7 @@ protected:
 
     // The core's owner.
     int ProcessorCount() const override;
+    int Division() const override;
     void DoMultiProcess(ChunkRecord& record, int chunks) override;
     bool AbortRaised() const override;
     void TakeMessage(const char* text) override;

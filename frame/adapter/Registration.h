@@ -19,6 +19,7 @@ struct ToolRecord {
 
 enum ToolNotes : unsigned {
     kWritesControls = 1, ///< a frame may write controls
+    kShowsDivision = 2,  ///< frames depend on the parts into which the host has them divided
 };
 
 /// The registration of a class, from the record and what the class itself brings.

@@ -55,6 +55,20 @@ TEST(Dither, ScattersEveryChunkFromTheSameSeed) {
             }
 }
 
+TEST(Dither, OnlyThePartsOfTheFrameShowAndNotWhoWorksOnThem) {
+    const Picture in = Noise(33, 21);
+    for (int parts : {1, 2, 3, 30})
+        for (int direction : {1, 2, 3}) {
+            CoreRunner<Dither> runner;
+            runner.core.Radius.Value = 1.5;
+            runner.core.DiRe.Value = direction;
+            const Picture want = runner.Run(*in, parts);
+            runner.owner.Parts = parts;
+            for (int threads : {1, 2, 5, 40})
+                EXPECT_TRUE(Same(*runner.Run(*in, threads), *want)) << parts << " parts on " << threads;
+        }
+}
+
 TEST(Dither, PatternGoesOnChangingLateInTheClip) {
     const Picture in = Noise(40, 20);
     const auto at = [&](double time) {

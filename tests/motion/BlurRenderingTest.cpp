@@ -10,10 +10,11 @@ namespace k7::test {
 namespace {
 
 Picture Render(const K7Image& previous, const K7Image& current, const PlainField& field,
-               const BlurPaths& paths, int threads = 1) {
+               const BlurPaths& paths, int threads = 1, int parts = 0) {
     CoreRunner<EmptyCore> runner;
     const CurrentChunksScope scope(&runner.chunks);
     runner.owner.Threads = threads;
+    runner.owner.Parts = parts;
     BlurRenderer renderer;
     Picture output = K7Image::Make(previous.Width, previous.Height);
     EXPECT_TRUE(renderer.MakeBuffers(previous.Width, previous.Height, 0));
@@ -47,6 +48,19 @@ PlainField MixedField(int width, int height, unsigned seed) {
             field.dy.At(x, y) = length * draw();
         }
     return field;
+}
+
+TEST(BlurRendering, OnlyThePartsOfTheFrameShowAndNotWhoWorksOnThem) {
+    const Picture previous = Noise(61, 47);
+    const Picture current = Noise(61, 47, 2);
+    const PlainField field = MixedField(61, 47, 5);
+    const BlurPaths paths = {21, 2.5f, 9.0f, 1.0f};
+    for (int parts : {1, 3, 60}) {
+        const Picture want = Render(*previous, *current, field, paths, parts);
+        for (int threads : {1, 2, 7, 47})
+            EXPECT_TRUE(Same(*Render(*previous, *current, field, paths, threads, parts), *want))
+                << parts << " parts on " << threads;
+    }
 }
 
 TEST(BlurRendering, IsTheFrameOfTheDefinition) {

@@ -43,6 +43,7 @@ std::string Alphanumeric(std::string text) {
 class Reference {
 public:
     Reference(const std::string& effect, Scene& scene) : frames_(scene.layout) {
+        host::GetApp()->Division = 1; // as all front ends have it
         host::Registry* tool = host::ClassRegistry().Find(host::FuID(("K7." + effect).c_str()));
         document_.Silent = true; // values come as they are, without reactions
         op = Ref<host::Operator>(tool->NewOperator(&document_));

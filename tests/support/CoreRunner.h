@@ -20,6 +20,7 @@ namespace k7::test {
 class TestOwner : public ChunkOwner {
 public:
     int ProcessorCount() const override { return Threads; }
+    int Division() const override { return Parts ? Parts : Threads; }
 
     void DoMultiProcess(ChunkRecord& record, int chunks) override {
         if (OnThreads) {
@@ -45,6 +46,7 @@ public:
 
     PluginK7* Core = nullptr;
     int Threads = 1;
+    int Parts = 0; ///< into which the frame is divided; 0: as many as threads
     bool OnThreads = false;
     unsigned Seed = 1;
     std::atomic<bool> Aborted = false;
