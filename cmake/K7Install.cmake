@@ -1,5 +1,6 @@
-# Where an installation puts things, and the Debian package of it.
+# Where an installation puts things, and the Debian packages of it: the program's, and the OpenFX bundle's.
 include(GNUInstallDirs)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME k7)
 
 set_target_properties(k7host PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 set_target_properties(k7effects PROPERTIES INSTALL_RPATH "$ORIGIN/..")
@@ -17,14 +18,27 @@ install(FILES docs/k7.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md DESTINATION ${docs})
 install(DIRECTORY docs examples DESTINATION ${docs} PATTERN k7.1 EXCLUDE)
 
+# OpenFX hosts look here, whatever the prefix of the package is.
+set(bundle OFX/Plugins/K7.ofx.bundle/Contents)
+install(TARGETS k7ofx LIBRARY DESTINATION ${bundle}/Linux-x86-64 COMPONENT openfx)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/K7.ofx.bundle/Contents/Resources DESTINATION ${bundle} COMPONENT openfx)
+install(FILES docs/openfx.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/k7-openfx COMPONENT openfx)
+
 set(CPACK_GENERATOR DEB)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL k7 openfx)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_PACKAGE_NAME k7)
 set(CPACK_PACKAGE_CONTACT "K7 maintainers <maintainers@k7.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Twelve image effects and a command-line compositor that renders them")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Twelve image effects")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS libgl1-mesa-dri) # draws the widgets of k7 preview
+set(CPACK_DEBIAN_K7_PACKAGE_NAME k7)
+set(CPACK_DEBIAN_K7_PACKAGE_RECOMMENDS libgl1-mesa-dri) # draws the widgets of k7 preview
+set(CPACK_COMPONENT_K7_DESCRIPTION "A command-line compositor that renders them.")
+set(CPACK_DEBIAN_OPENFX_PACKAGE_NAME k7-openfx)
+set(CPACK_COMPONENT_OPENFX_DESCRIPTION "For compositors that take OpenFX plug-ins.")
 include(CPack)

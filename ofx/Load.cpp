@@ -8,6 +8,10 @@
 #include <atomic>
 #include <exception>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace ofx {
 
 namespace {
@@ -48,6 +52,18 @@ const Suite* Fetch(const char* name, int version) {
     return static_cast<const Suite*>(theHost->fetchSuite(theHost->host, name, version));
 }
 
+#ifdef _WIN32
+/// Keeps the module where it is when the host lets go of it: its threads live as long as the host. Elsewhere
+/// the linker says so.
+void StayLoaded() {
+    HMODULE module;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCSTR>(&StayLoaded), &module);
+}
+#else
+void StayLoaded() {}
+#endif
+
 /// How many plug-ins are loaded. The suites are fetched for the first one, as others may be at work later.
 int loaded = 0;
 
@@ -86,6 +102,7 @@ Status Load() {
     if (!theHost || !theHost->fetchSuite) return kMissingHostFeature;
     if (loaded == 0) {
         if (const Status status = FetchSuites(); status != kOk) return status;
+        StayLoaded();
         SpreadWork();
         HearMessages();
     }
