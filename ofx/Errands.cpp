@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -65,16 +66,22 @@ thread_local Desk* desk = nullptr; ///< where the work on this thread brings its
 void WorkAside(const std::function<void()>& work, const std::function<void()>& poll) {
     Desk ours;
     std::exception_ptr error;
-    std::thread worker([&] {
-        desk = &ours;
-        try {
-            work();
-        } catch (...) {
-            error = std::current_exception();
-        }
-        desk = nullptr;
-        ours.Close();
-    });
+    std::thread worker;
+    try {
+        worker = std::thread([&] {
+            desk = &ours;
+            try {
+                work();
+            } catch (...) {
+                error = std::current_exception();
+            }
+            desk = nullptr;
+            ours.Close();
+        });
+    } catch (const std::system_error&) { // the system has no more threads
+        poll();
+        return work();
+    }
     ours.Serve(poll);
     worker.join();
     if (error) std::rethrow_exception(error);

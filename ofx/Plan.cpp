@@ -70,6 +70,7 @@ ToolPlan::ToolPlan(const host::Operator& op)
             plan.inputs = {inputs[i], inputs[i + 1], inputs[i + 2]};
             i += 2;
         }
+        if (plan.label.empty()) plan.label = input->HasAttr(host::kTagColourLabel) ? "Colour" : plan.name;
         parameters.push_back(std::move(plan));
     }
     if (depthSwitch) parameters.push_back({Kind::Boolean, kWordsParameter, kWordsLabel, {}, -1});

@@ -48,6 +48,9 @@ void Instance::RenderFrame(const Properties& arguments, const HostPicture& outpu
     exchange_.pixelScale = ScaleOf(main, arguments, time);
 
     host::Request request(time);
+    // Asked for here, values cost no errand each while the frame is worked on.
+    for (host::Input* input : operator_->Inputs())
+        if (input->DataType() != host::Input::Type::Image) request.GetInputData(input, 0);
     RunTool(request);
     if (operator_->AbortFlag) return;
     const auto* result = dynamic_cast<const host::Image*>(request.OutputData(operator_->Outputs().front()));

@@ -53,6 +53,7 @@ TEST(OfxDescribe, TellsWhatTheStandardAsksFor) {
             EXPECT_EQ(clip->name != "Source" && clip->name != "Output",
                       clip->properties.Of("OfxImageClipPropOptional", 0) == 1)
                 << clip->name;
+            EXPECT_EQ(clip->name == "EffectMask", clip->properties.Of("OfxImageClipPropIsMask", 0) == 1);
         }
     }
 }
@@ -87,7 +88,7 @@ TEST(OfxDescribe, ParametersAreThoseOfTheTool) {
                       param->name.find_first_not_of("abcdefghijklmnopqrstuvwxyz"
                                                     "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"));
             const PropertySet& p = param->properties;
-            EXPECT_TRUE(p.Count("OfxPropLabel"));
+            EXPECT_FALSE(p.Of("OfxPropLabel", std::string()).empty());
             hints += p.Count("OfxParamPropHint");
             const std::string parent = p.Of("OfxParamPropParent", std::string());
             EXPECT_TRUE(parent.empty() || effect->FindParam(parent)->kind == "Group");
