@@ -12,10 +12,8 @@ using Status = int;
 inline constexpr Status kOk = 0;
 inline constexpr Status kFailed = 1;
 inline constexpr Status kFatal = 2;
-inline constexpr Status kUnsupported = 5;
 inline constexpr Status kMissingHostFeature = 4;
 inline constexpr Status kErrMemory = 8;
-inline constexpr Status kBadHandle = 9;
 inline constexpr Status kReplyDefault = 14;
 inline constexpr Status kImageFormat = 1000;
 

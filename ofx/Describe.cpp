@@ -234,7 +234,7 @@ void DescribeInContext(const host::Registry& tool, Effect effect) {
         if (clip.mask) to.Set(kClipIsMask, 1);
     }
     DefineClip(effect, kOutput, false);
-    const ParamSet set = ParametersOf(effect);
+    ParamSet set = ParametersOf(effect);
     DefineGroups(set, *op);
     DefineParameters(set, plan, PlainName(tool));
     DefinePages(set, *op, plan);

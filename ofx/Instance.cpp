@@ -92,7 +92,7 @@ Instance::~Instance() {
 
 Instance& Instance::Of(Effect effect) {
     void* data = Properties(PropertiesOf(effect)).GetPointer(kPropInstanceData);
-    if (!data) throw Failure(kBadHandle, "");
+    if (!data) throw Failure(kFailed, "");
     return *static_cast<Instance*>(data);
 }
 

@@ -119,7 +119,7 @@ private:
         return kOk;
     }
 
-    const Interact interact_;
+    Interact interact_;
     Instance& instance_;
     View view_;
     host::Ref<host::OperatorControl> control_;

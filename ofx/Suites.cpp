@@ -10,7 +10,10 @@ Suites& TheHost() {
 }
 
 void Check(Status status, const char* what) {
-    if (status != kOk) throw Failure(status, std::string("the host refused: ") + what);
+    if (status == kOk) return;
+    // Of what suites answer, these are answers of actions too.
+    const bool ofActions = status == kFatal || status == kErrMemory || status == kImageFormat;
+    throw Failure(ofActions ? status : kFailed, std::string("the host refused: ") + what);
 }
 
 PropertySet PropertiesOf(Effect effect) {

@@ -68,6 +68,10 @@ int Opened::Call(PluginStruct* plugin, const char* action, void* handle, Propert
     const int status = plugin->mainEntry(action, handle, in, out);
     if (in) host.Leave(in);
     if (out) host.Leave(out);
+    static const std::set<int> answers = {kOk, kFailed, 2, 4, kMemory, kReplyDefault, kImageFormat};
+    if (!answers.count(status) ||
+        (status == kReplyDefault && !std::strcmp(action, "OfxImageEffectActionRender")))
+        host.Fault("an action cannot answer " + std::to_string(status));
     if (std::exchange(ActionScope::PicturesOut(), 0) != 0) host.Fault("a picture was not given back");
     return status;
 }
