@@ -36,7 +36,8 @@ std::string Duration(double seconds) {
 /// A farm reads the lines as they come.
 void Console::Say(const std::string& line) {
     Log(line);
-    if (style_ != Style::Lines) return;
+    if (style_ == Style::OpenJd) std::printf("openjd_status: ");
+    if (style_ != Style::Lines && style_ != Style::OpenJd) return;
     std::printf("%s\n", line.c_str());
     std::fflush(stdout);
 }
@@ -84,6 +85,10 @@ void Console::Done(const std::string& line) {
     const std::lock_guard lock(mutex_);
     ++done_;
     Say(line);
+    if (style_ == Style::OpenJd) {
+        std::printf("openjd_progress: %.1f\n", 100.0 * done_ / std::max(total_, 1));
+        std::fflush(stdout);
+    }
     DrawBar();
 }
 
@@ -111,6 +116,8 @@ void Console::Finish(int missing, const std::string& where) {
         std::fprintf(screen_, "k7: %d of %d frames in %s: %s\n", total_ - missing, total_,
                      Duration(seconds).c_str(), OneLine(where).c_str());
     }
+    if (missing && style_ == Style::OpenJd)
+        std::printf("openjd_fail: %d of %d frames are missing\n", missing, total_);
     if (missing)
         Say("Render failed: " + std::to_string(missing) + " of " + std::to_string(total_) + " frames");
     else

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "media/RenderRun.h"
+
 #include <chrono>
 #include <cstdio>
 #include <mutex>
@@ -10,23 +12,29 @@ namespace app {
 
 /// What the user of a render sees: a progress bar where standard error is a terminal; elsewhere lines on
 /// standard output as render farms know them. Warnings and errors go to standard error. Any thread may call.
-class Console {
+class Console : public media::RunListener {
 public:
-    enum class Style { Quiet, Lines, Bar };
+    enum class Style {
+        Quiet,
+        Lines,
+        Bar,
+        OpenJd, ///< the lines of Open Job Description
+    };
 
     /// The style for the terminal at hand.
     static Style StyleFor(bool quiet);
 
     /// A run of `total` frames, of which the smallest and largest number are `first` and `last`.
     Console(Style style, int total, int first, int last);
-    ~Console();
+    ~Console() override;
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
     void Start();
-    void Rendered(int frame, double seconds);
-    void Skipped(int frame);
-    void Failed(int frame, const std::string& why);
+    void Rendered(int frame, double seconds) override;
+    void Skipped(int frame) override;
+    void Failed(int frame, const std::string& why) override;
+    void Warned(const std::string& text) override { Warn(text); }
     /// The last word: how many frames are missing from the whole run, and where the others lie.
     void Finish(int missing, const std::string& where);
 

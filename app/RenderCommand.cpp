@@ -1,15 +1,16 @@
 #include "app/Commands.h"
-#include "app/Listener.h"
+#include "app/Interrupt.h"
 #include "app/OutputCheck.h"
 #include "app/PictureOptions.h"
-#include "app/RenderJob.h"
 #include "app/StackOptions.h"
 #include "host/Application.h"
 #include "media/Errors.h"
+#include "media/RenderRun.h"
 #include "media/Stack.h"
 #include "media/Words.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 
 namespace app {
@@ -25,6 +26,18 @@ Missing ParseMissing(const std::string& text) {
     return found->second;
 }
 
+/// Bytes of `8G`, `512M` or a plain number. Throws UsageError.
+std::uint64_t ParseSize(const std::string& text) {
+    const std::string units = "kMGT";
+    const std::size_t unit = text.empty() ? std::string::npos : units.find(text.back());
+    const std::optional<double> number =
+        ParseNumber(unit == std::string::npos ? text : text.substr(0, text.size() - 1));
+    if (!number || !(*number > 0) || *number > 1e15)
+        throw UsageError("'" + text + "' is no size: write 8G or 512M");
+    const int shift = unit == std::string::npos ? 0 : 10 * static_cast<int>(unit + 1);
+    return static_cast<std::uint64_t>(*number * static_cast<double>(std::uint64_t{1} << shift));
+}
+
 class RenderCommand : public Command {
 public:
     explicit RenderCommand(CLI::App& k7)
@@ -34,16 +47,28 @@ public:
         line.add_option("-o,--output", output_, "FILE to write; %04d or #### stand for the frame's number")
             ->required();
         line.add_option("-f,--frames", frames_, "FRAMES to render: 7, 1-100, 1-100x5, divided by commas");
-        line.add_option("-t,--threads", threads_, "Number of processors that the tool is told of")
+        line.add_option("-t,--threads", run_.threads,
+                        "Most threads that work, and the processors that tools are told of")
             ->check(CLI::Range(1, 4096));
+        line.add_option("--jobs", run_.jobs,
+                        "Frames in progress at once; left out, what cores and memory allow")
+            ->check(CLI::Range(1, 1024));
+        line.add_option("--memory", memory_,
+                        "SIZE that jobs may take, as 8G or 512M; left out, half of the machine's");
+        line.add_option("--shift", run_.shift, "N: the file of frame n holds the tool's frame n + N")
+            ->check(CLI::Range(-1000000, 1000000));
         line.add_option("--extent", extent_, "A-B: first and last frame of the clip");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
         line.add_option("--missing", missing_, "What to do where a frame is not there: error, hold or black");
-        line.add_flag("--skip-existing", skipExisting_,
+        line.add_flag("--stop-at-error", run_.stopAtError, "Begin no frame after one has failed");
+        line.add_flag("--skip-existing", run_.skipExisting,
                       "Leave frames alone whose files are there and can be read");
         line.add_flag("--no-mkdir", noFolder_, "Fail where the folder of the output is missing");
         line.add_option("--log", logFile_, "FILE for the lines of the run and its warnings, with times");
         line.add_flag("--quiet", quiet_, "Print only warnings and errors");
+        line.add_option("--progress", progress_, "openjd: progress in the lines of Open Job Description")
+            ->check(CLI::IsMember({"openjd"}));
+        line.add_flag("--stats", stats_, "Print at the end what reading, computing and writing took");
         pictures_.AddTo(line, true);
     }
 
@@ -54,21 +79,42 @@ public:
         Stack& stack = *made;
         const std::vector<int> frames = ChooseFrames(stack);
         CheckBeforeWork({stack, output_, frames, pictures_.Writing(), !noFolder_});
-        if (threads_) host::GetApp()->ProcessorCount = threads_;
-        if (threads_) host::GetApp()->Division = threads_;
+        if (run_.threads) host::GetApp()->ProcessorCount = host::GetApp()->Division = run_.threads;
         stack.Document().CurrentTime = frames.front();
         const auto [least, most] = std::minmax_element(frames.begin(), frames.end());
-        Console console(Console::StyleFor(quiet_), static_cast<int>(frames.size()), *least, *most);
+        const Console::Style style = progress_.empty() ? Console::StyleFor(quiet_) : Console::Style::OpenJd;
+        Console console(style, static_cast<int>(frames.size()), *least, *most);
         if (!logFile_.empty()) console.LogTo(logFile_);
         tools_.Apply(stack, pictures_.Working(), frames.front(), console);
-        const Listener listener(console);
-        const int code = RenderJob(stack, console, output_, skipExisting_, pictures_.Writing()).Run(frames);
+        const int code = Render(stack, frames, console);
         tools_.Save(stack);
         return code;
     }
     bool PrintsResult() const override { return false; }
 
 private:
+    /// Renders all frames and lists the failures on standard error. The program's exit code.
+    int Render(Stack& stack, const std::vector<int>& frames, Console& console) {
+        run_.writing = pictures_.Writing();
+        if (!memory_.empty()) run_.memory = ParseSize(memory_);
+        RenderRun run(stack, FilePattern(output_), run_, frames, console);
+        const Interrupt interrupt(run.StopFlags());
+        console.Start();
+        run.Run();
+        const int missing = static_cast<int>(frames.size()) - run.Written();
+        console.Finish(missing, output_);
+        for (const auto& [frame, why] : run.Failures())
+            std::fprintf(stderr, "k7: frame %d: %s\n", frame, OneLine(why).c_str());
+        if (stats_)
+            std::fprintf(stderr,
+                         "k7: %d jobs of about %llu MiB; reading %.2f s, computing %.2f s, writing %.2f s\n",
+                         run.Jobs(), static_cast<unsigned long long>(run.BytesPerJob() >> 20),
+                         run.Times().reading, run.Times().computing, run.Times().writing);
+        if (interrupt.ExitCode())
+            std::fprintf(stderr, "k7: stopped; %d of %zu frames are written\n", run.Written(), frames.size());
+        return interrupt.ExitCode() ? interrupt.ExitCode() : missing ? 1 : 0;
+    }
+
     /// The frames to render. Sets the extent of the tools too: a single picture is there for all frames asked
     /// for.
     std::vector<int> ChooseFrames(Stack& stack) const {
@@ -87,8 +133,9 @@ private:
     std::string output_, frames_, extent_, aspect_, logFile_;
     std::string missing_ = "error";
     PictureOptions pictures_;
-    int threads_ = 0;
-    bool skipExisting_ = false, quiet_ = false, noFolder_ = false;
+    RunOptions run_;
+    std::string memory_, progress_;
+    bool quiet_ = false, noFolder_ = false, stats_ = false;
 };
 
 } // namespace

@@ -14,6 +14,10 @@ FusionApp::FusionApp()
 
 FusionApp::~FusionApp() = default;
 
+void FusionApp::SetPoolThreads(unsigned threads) {
+    pool_ = std::make_unique<ThreadPool>(threads);
+}
+
 void FusionApp::RunOnThreads(long count, const std::function<void(long)>& task) {
     if (!runner_ || !runner_(count, task)) pool_->Run(count, task);
 }

@@ -36,6 +36,10 @@ public:
     /// Calls from several threads at once share the pool.
     void RunOnThreads(long count, const std::function<void(long)>& task);
 
+    /// How many threads the pool has beside the callers; at the start one less than the machine. Before
+    /// anything runs.
+    void SetPoolThreads(unsigned threads);
+
     /// Threads of the program around this host. The runner says false where it ran nothing; the pool does it
     /// then. Set before anything runs.
     using Task = std::function<void(long)>;

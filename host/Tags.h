@@ -65,6 +65,7 @@ inline constexpr Tag kTagRegVersion = 0x30000008;
 inline constexpr Tag kTagRegFlagA = 0x10000019;
 inline constexpr Tag kTagRegFlagB = 0x10000033;
 inline constexpr Tag kTagRegShowsDivision = 0x10000042; ///< set to 0: frames depend on Application's Division
+inline constexpr Tag kTagRegCarriesOver = 0x10000041;   ///< set to 0: what its first frame draws lives on
 inline constexpr Tag kTagRegWritesControls = 0x10000040; ///< set to 0: a frame may write controls
 
 } // namespace host

@@ -73,7 +73,8 @@ private:
 };
 
 const ToolRegistration<DFFlare> tool({106, "Flare", "Flr",
-                                      " Streaks and Flares controlled by the intensity light map input."});
+                                      " Streaks and Flares controlled by the intensity light map input.",
+                                      kCarriesOver});
 
 } // namespace
 } // namespace k7

@@ -67,7 +67,8 @@ private:
 };
 
 const ToolRegistration<DFFlare2> tool({107, "Flare2", "Flr2",
-                                       " Simpler version of Flare based on a user defined location."});
+                                       " Simpler version of Flare based on a user defined location.",
+                                       kCarriesOver});
 
 } // namespace
 } // namespace k7

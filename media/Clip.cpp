@@ -61,20 +61,33 @@ Picture Clip::ReadOrReplace(int frame) const {
     throw FrameError(source_->NameOf(frame) + ": there is no such frame");
 }
 
-const Picture& Clip::Load(int frame) {
-    if (!source_->IsSequence()) frame = 0;
-    if (const Picture* held = cache_.Find(frame)) return *held;
+Picture Clip::Load(int frame) const {
     Picture picture = ReadOrReplace(frame);
     if (aspect_) {
         picture.image->AspectX = aspect_->x;
         picture.image->AspectY = aspect_->y;
     }
-    return cache_.Enter(frame, std::move(picture));
+    return picture;
 }
 
+/// Threads that want one frame wait for the first of them to decode it; different frames are decoded side by
+/// side.
 Picture Clip::At(int frame) {
-    const std::lock_guard lock(mutex_);
-    return Load(frame);
+    if (!source_->IsSequence()) frame = 0;
+    std::unique_lock lock(mutex_);
+    if (const Picture* kept = cache_.Find(frame)) return *kept;
+    if (const auto found = loading_.find(frame); found != loading_.end()) {
+        const std::shared_future<Picture> other = found->second;
+        lock.unlock();
+        return other.get();
+    }
+    std::packaged_task<Picture()> load([&] { return Load(frame); });
+    const std::shared_future<Picture> own = loading_[frame] = load.get_future().share();
+    lock.unlock();
+    load();
+    lock.lock();
+    loading_.erase(frame);
+    return cache_.Enter(frame, own.get()); // throws what decoding threw
 }
 
 } // namespace media

@@ -4,6 +4,8 @@
 #include "media/FrameCache.h"
 #include "media/FrameRange.h"
 
+#include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -44,15 +46,16 @@ public:
     Picture At(int frame);
 
 private:
-    const Picture& Load(int frame);
+    Picture Load(int frame) const;
     Picture ReadOrReplace(int frame) const;
     Picture Black() const;
 
     const std::unique_ptr<ClipSource> source_;
     const Missing missing_;
     const std::optional<Aspect> aspect_;
-    std::mutex mutex_;
+    std::mutex mutex_; ///< guards all below
     FrameCache cache_;
+    std::map<int, std::shared_future<Picture>> loading_; ///< frames that some thread is decoding
 };
 
 } // namespace media

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <mutex>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,12 +11,14 @@
 namespace media {
 namespace {
 
-std::mutex oneDecoder;
+std::mutex screenMutex; ///< guards the two below
+int decoders = 0;
+int screen = -1; ///< standard error while decoders run; -1 where it could not be kept
 
-// What a signal handler may read: the name, and standard error as it was.
+// What a signal handler may read: the name of the file that its thread decodes, and standard error as it was.
 constexpr std::size_t kMostName = 1024;
-char decodedFile[kMostName];
-volatile std::sig_atomic_t decoding = 0;
+thread_local char decodedFile[kMostName];
+thread_local volatile std::sig_atomic_t decoding = 0;
 volatile std::sig_atomic_t screenOfHandler = STDERR_FILENO;
 
 void Say(const char* text) {
@@ -34,26 +37,29 @@ void NameFile(int signal) {
 
 } // namespace
 
-Decoding::Decoding(const std::string& path)
-    : lock_(oneDecoder)
-    , screen_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+Decoding::Decoding(const std::string& path) {
     std::transform(
         path.begin(), path.begin() + static_cast<std::ptrdiff_t>(std::min(path.size(), kMostName - 1)),
         decodedFile, [](unsigned char c) { return c < ' ' || c == 127 ? '?' : static_cast<char>(c); });
     decodedFile[std::min(path.size(), kMostName - 1)] = 0;
-    if (screen_ >= 0) screenOfHandler = screen_;
     decoding = 1;
+
+    const std::lock_guard lock(screenMutex);
+    if (decoders++ > 0) return;
+    screen = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (screen >= 0) screenOfHandler = screen;
     const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (screen_ >= 0 && nowhere >= 0) ::dup2(nowhere, STDERR_FILENO);
+    if (screen >= 0 && nowhere >= 0) ::dup2(nowhere, STDERR_FILENO);
     if (nowhere >= 0) ::close(nowhere);
 }
 
 Decoding::~Decoding() {
     decoding = 0;
+    const std::lock_guard lock(screenMutex);
+    if (--decoders > 0 || screen < 0) return;
     screenOfHandler = STDERR_FILENO;
-    if (screen_ < 0) return;
-    ::dup2(screen_, STDERR_FILENO);
-    ::close(screen_);
+    ::dup2(screen, STDERR_FILENO);
+    ::close(screen);
 }
 
 void NameCrashedDecoders() {

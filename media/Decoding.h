@@ -1,11 +1,10 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 
 namespace media {
 
-/// A file is being decoded while this lives, one at a time. Nothing reaches standard error meanwhile: the PNG
+/// This thread decodes a file while this lives. Nothing reaches standard error while any thread does: the PNG
 /// library writes there what it also reports.
 class Decoding {
 public:
@@ -13,10 +12,6 @@ public:
     ~Decoding();
     Decoding(const Decoding&) = delete;
     Decoding& operator=(const Decoding&) = delete;
-
-private:
-    const std::lock_guard<std::mutex> lock_;
-    const int screen_; ///< standard error; -1 where it could not be kept
 };
 
 /// Installs a handler that, where a decoder crashes, says on standard error which file it was decoding before

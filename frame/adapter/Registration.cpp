@@ -33,6 +33,7 @@ TagList RegistrationTags(const ToolRecord& record, const ScriptInfo* script, Cre
         {kTagRegFlagB, 1},
     };
     if (record.notes & kWritesControls) tags.Add({kTagRegWritesControls, 0});
+    if (record.notes & kCarriesOver) tags.Add({kTagRegCarriesOver, 0});
     if (record.notes & kShowsDivision) tags.Add({kTagRegShowsDivision, 0});
     return tags;
 }

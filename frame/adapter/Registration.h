@@ -19,6 +19,7 @@ struct ToolRecord {
 
 enum ToolNotes : unsigned {
     kWritesControls = 1, ///< a frame may write controls
+    kCarriesOver = 4,    ///< what is drawn at random at its first frame stays for all
     kShowsDivision = 2,  ///< frames depend on the parts into which the host has them divided
 };
 

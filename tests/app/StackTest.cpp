@@ -43,6 +43,68 @@ TEST_F(StackRuns, AreTheirToolsOneByOneInBothDepths) {
     }
 }
 
+TEST_F(StackRuns, GiveTheSameFramesSideBySideAndInChunks) {
+    Put("still.tif", MakeNoise(64, 40));
+    ASSERT_EQ(Render({"Dither", "-i", "still.tif", "-f", "0-5", "-o", "in.%d.tif"}), 0);
+    const std::vector<Arguments> tools = {{"Clean"},
+                                          {"CrashZoom"},
+                                          {"DBlur"},
+                                          {"Defocus"},
+                                          {"Dither"},
+                                          {"Sharpen"},
+                                          {"Trace"},
+                                          {"VGaussian"},
+                                          {"Flare", "-s", "LMOn=0", "-s", "Stre=9", "-s", "GloR=@0:3,5:30"},
+                                          {"Flare2", "-s", "Stks=9"},
+                                          {"FlareSpot"},
+                                          {"MoBlur", "-s", "Prss=1", "-s", "Aund=1"},
+                                          {"Flare2", "--then", "MoBlur", "-s", "Prss=1"}};
+    for (const Arguments& tool : tools) {
+        const auto render = [&](const char* output, Arguments more) {
+            more.insert(more.begin(), tool.begin(), tool.end());
+            more.insert(more.end(), {"-i", "in.%d.tif", "-o", output});
+            ASSERT_EQ(Render(more), 0) << Err();
+        };
+        render("one.%d.tif", {"--jobs", "1"});
+        render("three.%d.tif", {"--jobs", "3"});
+        render("limited.%d.tif", {"--jobs", "4", "--memory", "1M"});
+        const bool animated = tool.size() > 6; // streaks are drawn for the first frame of a run
+        if (!animated) render("chunk.%d.tif", {"-f", "3-4"});
+        for (const std::string frame : {"0", "3", "4", "5"}) {
+            ExpectSame("one." + frame + ".tif", "three." + frame + ".tif");
+            ExpectSame("one." + frame + ".tif", "limited." + frame + ".tif");
+            if (!animated && (frame == "3" || frame == "4"))
+                ExpectSame("one." + frame + ".tif", "chunk." + frame + ".tif");
+        }
+    }
+}
+
+TEST_F(StackRuns, TellWhatHappensInTheOrderOfTheFrames) {
+    for (const char* frame : {"1", "2", "4", "5"})
+        Put(std::string("in.") + frame + ".png", MakeNoise(60, 40));
+    const Arguments all = {"render",     "Defocus", "-i",  "in.%d.png", "-o",
+                           "out.%d.png", "-f",      "1-5", "--jobs",    "4"};
+    EXPECT_EQ(Run(all), 1);
+    std::size_t last = 0;
+    for (const char* line :
+         {"Rendered frame 1 (1 of 5)", "Rendered frame 2 (2 of 5)", "Frame 3 failed",
+          "Rendered frame 4 (4 of 5)", "Rendered frame 5 (5 of 5)", "Render failed: 1 of 5"}) {
+        EXPECT_GT(Out().find(line), last) << line << " in " << Out();
+        EXPECT_NE(last = Out().find(line), std::string::npos) << line;
+    }
+    Arguments stopped = all;
+    stopped.insert(stopped.end(), {"--stop-at-error", "--jobs", "1"});
+    stopped.erase(stopped.begin() + 8, stopped.begin() + 10);
+    EXPECT_EQ(Run(stopped), 1);
+    EXPECT_EQ(Out().find("Rendered frame 4"), std::string::npos) << Out();
+    EXPECT_EQ(Run({"render", "Defocus", "-i", "in.%d.png", "-o", "late.%d.png", "-f", "1,3,4", "--shift", "1",
+                   "--progress", "openjd"}),
+              0)
+        << Err();
+    EXPECT_EQ(folder_.Get("late.3.png"), folder_.Get("out.4.png"));
+    EXPECT_NE(Out().find("openjd_progress: 100.0\n"), std::string::npos) << Out();
+}
+
 TEST_F(StackRuns, AreSavedAndComeBackWithMasks) {
     Put("in.tif", MakeNoise(60, 40));
     Put("matte.png", MakeNoise(30, 20));
