@@ -1,6 +1,7 @@
 #include "filters/Clean.h"
 
 #include "baselib/Buffer.h"
+#include "filters/NetworkMedian.h"
 #include "filters/SmallMedian.h"
 #include "filters/ValueRanks.h"
 #include "library/Chunks.h"
@@ -247,6 +248,45 @@ void FilterSmall(const FloatImageK7& in, const FloatImageK7& out, const WindowSi
                        channels, ranks);
 }
 
+/// Whether comparators alone do it: for windows that they know, on pictures that have room for one.
+template <class Sample>
+bool IsForNetwork(const PictureK7<Sample>& in, const WindowSize& size) {
+    return size.width == size.height && size.width >= NetworkMedian<Sample>::kLeast &&
+           size.width <= NetworkMedian<Sample>::kMost && size.width <= in.Width && size.height <= in.Height;
+}
+
+/// The median of a window that the picture's border cuts.
+template <class Sample>
+void FilterPixel(const PictureK7<Sample>& in, const PictureK7<Sample>& out, const WindowSize& size, int x,
+                 int y) {
+    constexpr int most = NetworkMedian<Sample>::kMost * NetworkMedian<Sample>::kMost;
+    for (int c = 0; c < in.Channels; ++c) {
+        Sample values[most] = {};
+        int count = 0;
+        for (int v = size.Low(y); v <= size.High(y, in.Height); ++v)
+            for (int u = size.Left(x); u <= size.Right(x, in.Width); ++u)
+                values[count++] = in.Rows[v][u * in.Channels + c];
+        std::nth_element(values, values + count / 2, values + count);
+        out.Rows[y][x * in.Channels + c] = values[count / 2];
+    }
+}
+
+template <class Sample>
+void FilterByNetwork(const PictureK7<Sample>& in, const PictureK7<Sample>& out, const WindowSize& size,
+                     int first, int last) {
+    NetworkMedian<Sample> median(in);
+    if (!median) return;
+    const int side = size.width;
+    const int left = side / 2; // columns, and rows, that the border cuts
+    const int right = in.Width - (side - 1 - left);
+    for (int y = first; y <= last && !AbortRequested(); ++y) {
+        const bool whole = y >= left && y < in.Height - (side - 1 - left);
+        if (whole) median.FilterRow(side, y - left, out.Rows[y] + left * out.Channels);
+        for (int x = 0; x < (whole ? left : in.Width); ++x) FilterPixel(in, out, size, x, y);
+        for (int x = right; x < in.Width && whole; ++x) FilterPixel(in, out, size, x, y);
+    }
+}
+
 /// A control's size in pixels of the picture, at least 1 and clamped to twice the picture's: more changes
 /// nothing.
 template <class Sample>
@@ -265,7 +305,9 @@ void Clean::Process() {
         const std::int64_t values = std::int64_t{size.width} * size.height;
         RunRows(*this, in.Height, [&](int first, int last) {
             const int channels = ProcessAlpha ? 4 : 3;
-            if (values > SmallMedian::kMostValues)
+            if (IsForNetwork(in, size))
+                FilterByNetwork(in, out, size, first, last);
+            else if (values > SmallMedian::kMostValues)
                 FilterLarge(in, out, size, first, last, channels);
             else if (values > 1)
                 FilterSmall(in, out, size, first, last, channels);

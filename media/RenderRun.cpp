@@ -80,7 +80,8 @@ void RenderRun::ChooseJobs() {
     try {
         // A picture as it was read, copies of it for the tool, its frame, and the file in the making.
         const host::Image& picture = *stack_.MainClip().At(frames_.front() + options_.shift).image;
-        const auto pixels = static_cast<std::uint64_t>(picture.Width) * static_cast<std::uint64_t>(picture.Height);
+        const auto pixels =
+            static_cast<std::uint64_t>(picture.Width) * static_cast<std::uint64_t>(picture.Height);
         bytesPerJob_ = pixels * 16 * (4 + 3 * stack_.Size());
     } catch (const FrameError&) {
         // is told when the frame is rendered
@@ -99,8 +100,8 @@ void RenderRun::MakeJobs() {
         job.own = std::make_unique<Stack>(stack_);
         job.stack = job.own.get();
     }
-    // Threads that wait in a job work on its frame; the pool has the others. Without a limit the tools of a run in
-    // order have all processors while files are written beside.
+    // Threads that wait in a job work on its frame; the pool has the others. Without a limit the tools of a
+    // run in order have all processors while files are written beside.
     const bool all = inOrder_ && !options_.threads;
     host::GetApp()->SetPoolThreads(static_cast<unsigned>(std::max(threads_ - (all ? 1 : jobs_), 0)));
     const int forFiles = jobs_ > 1 ? -1 : threads_; // -1: none but the caller
@@ -183,7 +184,8 @@ void RenderRun::RenderFrame(Job& job, std::size_t index, const std::string& path
     if (!image) return; // stopped: the frame in progress is dropped
     const Timed timed(times_.writing, mutex_);
     WritePicture(
-        path, *image, like, [&](const std::string& text) { outcome.warnings.push_back(text); }, options_.writing);
+        path, *image, like, [&](const std::string& text) { outcome.warnings.push_back(text); },
+        options_.writing);
     outcome.kind = Outcome::Kind::Rendered;
 }
 

@@ -40,9 +40,9 @@ struct RunTimes {
     double reading = 0, computing = 0, writing = 0;
 };
 
-/// Renders frames of a stack into files, several side by side. The files are those of one frame after the other:
-/// each job has tools of its own with the same settings. Where frames of a tool write controls, the frames are
-/// computed in their order, and only reading and writing go on beside.
+/// Renders frames of a stack into files, several side by side. The files are those of one frame after the
+/// other: each job has tools of its own with the same settings. Where frames of a tool write controls, the
+/// frames are computed in their order, and only reading and writing go on beside.
 class RenderRun {
 public:
     /// `stack` is linked and set. Its clips are shared by all jobs.

@@ -9,20 +9,25 @@ namespace k7::test {
 namespace {
 
 /// The median as its definition reads: sort the window, take the value of rank count / 2.
-Picture PlainMedian(const K7Image& in, int winX, int winY) {
-    return MakePicture(in.Width, in.Height, [&](int x, int y, int c) {
-        std::vector<u16> values;
+template <class Sample>
+std::unique_ptr<PictureK7<Sample>> PlainMedian(const PictureK7<Sample>& in, int winX, int winY) {
+    auto out = PictureK7<Sample>::MakeCopy(in);
+    for (int i = 0; i < in.Width * in.Height * 4; ++i) {
+        const int x = i / 4 % in.Width, y = i / 4 / in.Width;
+        std::vector<Sample> values;
         for (int v = y - winY / 2; v < y - winY / 2 + winY; ++v)
             for (int u = x - winX / 2; u < x - winX / 2 + winX; ++u)
                 if (u >= 0 && u < in.Width && v >= 0 && v < in.Height)
-                    values.push_back(in.Rows[v][4 * u + c]);
+                    values.push_back(in.Rows[v][4 * u + i % 4]);
         std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
-        return values[values.size() / 2];
-    });
+        out->Pixels[i] = values[values.size() / 2];
+    }
+    return out;
 }
 
 /// Runs Clean with a window given in the picture's own pixels.
-Picture RunClean(K7Image& in, int winX, int winY) {
+template <class Sample>
+std::unique_ptr<PictureK7<Sample>> RunClean(PictureK7<Sample>& in, int winX, int winY) {
     in.WidthScale = 1.0f;
     CoreRunner<Clean> runner;
     runner.core.XRad.Value = winX;
@@ -32,13 +37,19 @@ Picture RunClean(K7Image& in, int winX, int winY) {
 
 TEST(Clean, IsTheMedianOfEveryWindowOnEverySize) {
     const int sizes[][2] = {{1, 1}, {1, 9}, {9, 1}, {2, 3}, {17, 13}, {33, 8}, {70, 19}};
-    const int windows[][2] = {{2, 2},   {3, 3},   {1, 9},   {9, 1},  {4, 5}, {15, 15}, {16, 15},
-                              {225, 1}, {1, 226}, {40, 40}, {2, 31}, {60, 2}}; // small ones and large ones
+    const int windows[][2] = {
+        {2, 2},   {3, 3},   {4, 4},   {5, 5},   {1, 9},   {9, 1},  {4, 5},
+        {15, 15}, {16, 15}, {225, 1}, {1, 226}, {40, 40}, {2, 31}, {60, 2}}; // small ones and large ones
     for (const auto& size : sizes)
         for (const auto& window : windows) {
             const Picture in = Noise(size[0], size[1]);
             EXPECT_TRUE(Same(*RunClean(*in, window[0], window[1]), *PlainMedian(*in, window[0], window[1])))
                 << size[0] << " x " << size[1] << " window " << window[0] << " x " << window[1];
+            const FloatPicture floats = Floats(*in, -1.5f);
+            for (int i = 0; i < size[0] * size[1] * 4; i += 3) floats->Pixels[i] *= -1e-3f;
+            EXPECT_TRUE(
+                Same(*RunClean(*floats, window[0], window[1]), *PlainMedian(*floats, window[0], window[1])))
+                << "floats, " << size[0] << " x " << size[1] << " window " << window[0] << " x " << window[1];
         }
 }
 
