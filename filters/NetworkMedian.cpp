@@ -19,8 +19,8 @@ struct Vectors {
     static constexpr int kLanes = 32 / sizeof(Key);
 };
 
-// Words are below 32768: their order is that of signed integers, for which all processors have minimum and maximum.
-// Of a negative float all bits but the sign are turned round.
+// Words are below 32768: their order is that of signed integers, for which all processors have minimum and
+// maximum. Of a negative float all bits but the sign are turned round.
 
 template <class Vector>
 K7_ALWAYS_INLINE void Load(const u16* samples, Vector& keys) {
@@ -57,8 +57,8 @@ K7_ALWAYS_INLINE void Sort(Vector* v) {
         for (int i = end; i > 0; --i) Order(v[i - 1], v[i]);
 }
 
-/// Merges two sorted runs that lie at the even and at the odd places (Knuth, The Art of Computer Programming 3,
-/// 5.2.2, Algorithm M, its last round).
+/// Merges two sorted runs that lie at the even and at the odd places (Knuth, The Art of Computer Programming
+/// 3, 5.2.2, Algorithm M, its last round).
 template <int count, class Vector>
 K7_ALWAYS_INLINE void MergeInterleaved(Vector* v) {
 #pragma GCC unroll 16

@@ -8,10 +8,11 @@
 
 namespace k7 {
 
-/// Medians of square windows of 2 to 5 pixels a side that lie on the picture, by comparators alone: columns are
-/// sorted once for all windows that share them, merged in pairs and then as far as the median needs it (Batcher,
-/// Sorting networks and their applications, 1968; sharing after Adams, Fast median filters using separable sorting
-/// networks, 2021). A vector holds neighbouring samples, so that there is neither a branch nor a table.
+/// Medians of square windows of 2 to 5 pixels a side that lie on the picture, by comparators alone: columns
+/// are sorted once for all windows that share them, merged in pairs and then as far as the median needs it
+/// (Batcher, Sorting networks and their applications, 1968; sharing after Adams, Fast median filters using
+/// separable sorting networks, 2021). A vector holds neighbouring samples, so that there is neither a branch
+/// nor a table.
 template <class Sample>
 class NetworkMedian {
 public:
@@ -21,8 +22,8 @@ public:
     /// False: there was no memory.
     explicit operator bool() const { return static_cast<bool>(columns_); }
 
-    /// Writes the medians of windows of `side` pixels whose lowest row is `low`, from the leftmost window on, into
-    /// `to`: one pixel for each of the Width - side + 1 windows.
+    /// Writes the medians of windows of `side` pixels whose lowest row is `low`, from the leftmost window on,
+    /// into `to`: one pixel for each of the Width - side + 1 windows.
     void FilterRow(int side, int low, Sample* to);
 
 private:
@@ -30,7 +31,7 @@ private:
     using Key = std::conditional_t<SampleTraits<Sample>::kWords, std::int16_t, std::int32_t>;
 
     const PictureK7<Sample>& image_;
-    std::size_t room_; ///< of a row of keys, with a vector to spare
+    std::size_t room_;    ///< of a row of keys, with a vector to spare
     Buffer<Key> columns_; ///< kMost rows: the lowest of each column, the next, and so on
 };
 

@@ -151,20 +151,22 @@ void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int c
     const GaussianKernel1D whole = MakeGaussianKernel1D(radius);
     if (!whole.Weights) return ReportMessage(kNoKernelMessage);
     const LineKernel<Sample> kernel(whole, lines.length, dupEdges);
-    const LineStore<Sample> store(kernel, lines, channels);
-    if (!kernel.weights || !store) return ReportMessage(kNoKernelMessage);
-
-    for (int first = 0; first < count && !AbortRequested(); first += kBlockLines) {
-        const int used = std::min(kBlockLines, count - first);
-        const std::ptrdiff_t at = first * lines.across;
-        store.Load(source.Pixels + at, used);
-        for (int i = 0; i < used; ++i)
-            for (int c = 0; c < channels; ++c) {
-                store.Margins(store.Line(i, c), dupEdges);
-                BlurLine(kernel, store.Line(i, c), lines.length);
-            }
-        store.Save(target.Pixels + at, used);
-    }
+    if (!kernel.weights) return ReportMessage(kNoKernelMessage);
+    RunImageRows(count, [&](int firstLine, int lastLine) {
+        const LineStore<Sample> store(kernel, lines, channels);
+        if (!store) return ReportMessage(kNoKernelMessage);
+        for (int first = firstLine; first <= lastLine && !AbortRequested(); first += kBlockLines) {
+            const int used = std::min(kBlockLines, lastLine + 1 - first);
+            const std::ptrdiff_t at = first * lines.across;
+            store.Load(source.Pixels + at, used);
+            for (int i = 0; i < used; ++i)
+                for (int c = 0; c < channels; ++c) {
+                    store.Margins(store.Line(i, c), dupEdges);
+                    BlurLine(kernel, store.Line(i, c), lines.length);
+                }
+            store.Save(target.Pixels + at, used);
+        }
+    });
 }
 
 } // namespace

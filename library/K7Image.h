@@ -52,13 +52,13 @@ public:
 
     /// Separable Gaussian with an integer kernel that reaches three sigma at `radius`. `dupEdges`: the edge
     /// pixels repeat beyond the frame, otherwise black lies there. Without `withAlpha` channel 3 stays as it
-    /// was. On the calling thread.
+    /// was. On all threads.
     void GaussianExact(float radius, bool dupEdges, const PictureK7* source, int direction, bool withAlpha);
     void GaussianExactRows(float radius, bool dupEdges, const PictureK7* source, bool withAlpha);
     void GaussianExactColumns(float radius, bool dupEdges, const PictureK7* source, bool withAlpha);
 
-    /// source + amount x (source - blurred source). Without `withAlpha` channel 3 is the source's. On the
-    /// calling thread.
+    /// source + amount x (source - blurred source). Without `withAlpha` channel 3 is the source's. Threads
+    /// take channels.
     void UnsharpMask(float radius, float amount, const PictureK7* source, bool withAlpha);
 
     /// Recursive Gaussian of Young and van Vliet (1995), sigma = radius / 4 + 0.05; its time does not depend

@@ -15,7 +15,8 @@ class KernelSums {
 public:
     virtual ~KernelSums() = default;
 
-    /// Begins a channel of a picture. Channels follow each other upwards from 0.
+    /// Begins a channel of a picture. Channels follow each other upwards from one that a transform takes
+    /// first.
     virtual void Start(const PictureK7<Sample>& source, int channel) = 0;
 
     /// Writes the sums along row y. Rows are asked for upwards from 0; of the rows up to y of this channel
@@ -43,6 +44,9 @@ inline constexpr int kMostDotWeight = 65535;
 inline constexpr int kMostBellSize = 41;
 [[nodiscard]] std::unique_ptr<KernelSums<float>> MakeBellSums(const GaussianKernel2D& kernel, int width,
                                                               int height);
+
+/// Channels of floats that a transform takes together: 0 and 1, 2 and 3.
+inline constexpr int kFloatChannels = 2;
 
 /// By a transform of the whole picture, in a time that hardly depends on the reach. Sums of words are exact;
 /// of floats they err by less than 1e-12 of the largest.

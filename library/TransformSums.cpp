@@ -55,7 +55,7 @@ private:
 template <>
 class Spectrum<float> {
 public:
-    static constexpr int kChannels = 2;
+    static constexpr int kChannels = kFloatChannels;
 
     using Transform = FourierTransform;
 

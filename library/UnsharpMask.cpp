@@ -86,21 +86,27 @@ template <class Sample>
 void PictureK7<Sample>::UnsharpMask(float radius, float amount, const PictureK7* source, bool withAlpha) {
     const GaussianKernel2D kernel = MakeGaussianKernel2D(ClampedRadius(radius, *this));
     const KernelReach reach = {std::min(kernel.Size / 2, Width - 1), std::min(kernel.Size / 2, Height - 1)};
-    const auto sums = MakeSums(kernel, reach, *this);
-    Buffer<double> row(static_cast<std::size_t>(Width) + kTile, "library/K7Image", __LINE__);
-    if (!sums || !row) return ReportMessage(kNoKernelMessage);
-    row.Zero(); // the last samples are sharpened together with what stands behind them
-
     const PictureK7& from = source ? *source : *this;
     const double divisor = static_cast<double>(kernel.Sum);
     const float finite = FiniteAmount(amount);
-    for (int c = 0; c < (withAlpha ? 4 : 3) && !AbortRequested(); ++c) {
-        sums->Start(from, c);
-        for (int y = 0; y < Height && !AbortRequested(); ++y) {
-            sums->Row(y, row.data());
-            SharpenRow(row.data(), divisor, finite, Width, from.Rows[y] + c, Rows[y] + c);
+    const int channels = withAlpha ? 4 : 3;
+    constexpr int together = SampleTraits<Sample>::kWords ? 1 : kFloatChannels;
+    // Channels have nothing to do with each other: each thread takes some of them.
+    RunImageRows((channels + together - 1) / together, [&](int first, int last) {
+        if (first > last) return;
+        const auto sums = MakeSums(kernel, reach, *this);
+        Buffer<double> row(static_cast<std::size_t>(Width) + kTile, "library/K7Image", __LINE__);
+        if (!sums || !row) return ReportMessage(kNoKernelMessage);
+        row.Zero(); // the last samples are sharpened together with what stands behind them
+        const int end = std::min((last + 1) * together, channels);
+        for (int c = first * together; c < end && !AbortRequested(); ++c) {
+            sums->Start(from, c);
+            for (int y = 0; y < Height && !AbortRequested(); ++y) {
+                sums->Row(y, row.data());
+                SharpenRow(row.data(), divisor, finite, Width, from.Rows[y] + c, Rows[y] + c);
+            }
         }
-    }
+    });
     if (!withAlpha && source) CopyAlpha(source);
 }
 
