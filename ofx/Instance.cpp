@@ -68,6 +68,13 @@ void Instance::Settle() {
 
 namespace {
 
+// By their handles, so that an instance can be destroyed also where the host's properties fail.
+std::mutex instancesMutex;
+std::map<Effect, Instance*>& Instances() {
+    static std::map<Effect, Instance*> instances;
+    return instances;
+}
+
 host::Ref<host::Operator> NewTool(const host::Registry& tool, host::FusionDoc* document) {
     host::Ref<host::Operator> op(tool.NewOperator(document));
     if (!op) throw Failure(kErrMemory, "out of memory");
@@ -83,17 +90,21 @@ Instance::Instance(const host::Registry& tool, Effect effect)
     , plan_(*operator_) {
     OpenParameters(ParametersOf(effect));
     OpenClips();
-    Properties(PropertiesOf(effect)).Set(kPropInstanceData, static_cast<void*>(this));
+    const std::lock_guard lock(instancesMutex);
+    Instances()[effect] = this;
 }
 
 Instance::~Instance() {
     static_cast<void>(TakeMessage(*operator_));
+    const std::lock_guard lock(instancesMutex);
+    Instances().erase(effect_);
 }
 
 Instance& Instance::Of(Effect effect) {
-    void* data = Properties(PropertiesOf(effect)).GetPointer(kPropInstanceData);
-    if (!data) throw Failure(kFailed, "");
-    return *static_cast<Instance*>(data);
+    const std::lock_guard lock(instancesMutex);
+    const auto found = Instances().find(effect);
+    if (found == Instances().end()) throw Failure(kFailed, "");
+    return *found->second;
 }
 
 void Instance::OpenParameters(ParamSet parameters) {

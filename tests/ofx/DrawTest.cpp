@@ -1,5 +1,5 @@
 // What the widgets draw, on systems where there is OpenGL without a display.
-#ifndef _WIN32
+#ifdef K7_OFFSCREEN_GL
 
 #include "app/OffscreenGL.h"
 #include "tests/ofx/Viewport.h"

@@ -72,11 +72,14 @@ public:
         return dynamic_cast<const Image*>(request_->OutputData(op->Outputs().front()));
     }
 
-    Ref<host::Operator> op;
-
 private:
     host::FusionDoc document_;
     NoiseFrames frames_;
+
+public:
+    Ref<host::Operator> op; ///< goes before its document
+
+private:
     std::unique_ptr<host::Request> request_;
 };
 

@@ -144,12 +144,12 @@ Status clipGetImage(Clip* clip, double time, const double*, PropertySet** set) {
     return kOk;
 }
 Status clipReleaseImage(PropertySet* image) {
-    ENTER(kWherePictures);
+    const int answer = Host().Entered(__func__, kWherePictures); // it is taken back in any case
     if (!Host().Live<PropertySet>(image, "properties")) return kBadHandle;
     Host().Leave(image);
     delete image;
     --ActionScope::PicturesOut();
-    return kOk;
+    return answer >= 0 ? answer : kOk;
 }
 Status clipGetRegionOfDefinition(Clip* clip, double, double* bounds) {
     ENTER();
