@@ -72,12 +72,12 @@ void CrashZoom::BlurPixel(const PictureK7<Sample>& in, int x, int y, Sample* pix
 }
 
 void CrashZoom::Draw() {
-    CentreOverlay.DrawAt(Cntr.Value);
+    CentreOverlay.DrawAt(Cntr.Shown);
     if (ClearOverlay.Visible) {
-        ClearOverlay.X = static_cast<float>(Cntr.Value.x);
-        ClearOverlay.Y = static_cast<float>(Cntr.Value.y);
-        ClearOverlay.Width = static_cast<float>(DimX.Value);
-        ClearOverlay.Height = static_cast<float>(DimX.Value * (OverlayK7::AspectX / OverlayK7::AspectY));
+        ClearOverlay.X = static_cast<float>(Cntr.Shown.x);
+        ClearOverlay.Y = static_cast<float>(Cntr.Shown.y);
+        ClearOverlay.Width = static_cast<float>(DimX.Shown);
+        ClearOverlay.Height = static_cast<float>(DimX.Shown * (OverlayK7::AspectX / OverlayK7::AspectY));
         ClearOverlay.Rotation = 0.0f;
         ClearOverlay.Circular = true;
         ClearOverlay.Dashed = false;

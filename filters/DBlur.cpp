@@ -123,7 +123,7 @@ void DBlur::Draw() {
     AngleOverlay.X = 0.5f;
     AngleOverlay.Y = 0.5f;
     AngleOverlay.Length = 0.2f;
-    AngleOverlay.Angle = static_cast<float>(Angl.Value);
+    AngleOverlay.Angle = static_cast<float>(Angl.Shown);
     AngleOverlay.Draw();
 }
 

@@ -56,14 +56,22 @@ void ListControlK7::Get(double time, int* out) {
 }
 
 void FloatControlK7::ReadValue(ValueSource& source) {
-    Value = NumberOr(source, Input[0], 0.0);
+    ReadShown(source);
+    Value = Shown;
+}
+void FloatControlK7::ReadShown(ValueSource& source) {
+    Shown = NumberOr(source, Input[0], 0.0);
 }
 void FloatControlK7::Set(double time, double value) {
     Input[0]->WriteNumber(time, value);
 }
 
 void PositionControlK7::ReadValue(ValueSource& source) {
-    if (!source.Point(Input[0], &Value.x, &Value.y)) Value = {0.5, 0.5};
+    ReadShown(source);
+    Value = Shown;
+}
+void PositionControlK7::ReadShown(ValueSource& source) {
+    if (!source.Point(Input[0], &Shown.x, &Shown.y)) Shown = {0.5, 0.5};
 }
 void PositionControlK7::Set(double time, double x, double y) {
     Input[0]->WritePoint(time, x, y);

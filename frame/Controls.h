@@ -49,6 +49,8 @@ public:
 
     /// Takes Value from the source; without a value there, the default of its kind.
     virtual void ReadValue(ValueSource& source) = 0;
+    /// The same for what widgets show, while a frame uses Value.
+    virtual void ReadShown(ValueSource&) {}
 
     static constexpr int kInputs = 16;
     ControlInput* Input[kInputs] = {}; ///< element 0; a colour has 0 to 3, red to alpha
@@ -88,8 +90,10 @@ public:
 class FloatControlK7 : public ControlK7 {
 public:
     void ReadValue(ValueSource& source) override;
+    void ReadShown(ValueSource& source) override;
     void Set(double time, double value);
     double Value = 0.0;
+    double Shown = 0.0; ///< the value for widgets: newer than Value while a frame is in progress
 };
 
 /// A float that is the size of an on-screen circle or box.
@@ -102,11 +106,14 @@ class AngleControlK7 : public FloatControlK7 {};
 class PositionControlK7 : public ControlK7 {
 public:
     void ReadValue(ValueSource& source) override;
+    void ReadShown(ValueSource& source) override;
     void Set(double time, double x, double y);
     struct Position {
         double x = 0.0;
         double y = 0.0;
-    } Value;
+    };
+    Position Value;
+    Position Shown; ///< for widgets, as that of a float
 };
 
 /// A file name. Without a value empty.

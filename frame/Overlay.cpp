@@ -60,14 +60,18 @@ std::string OverlayControlK7::UndoTitle(ControlInput& input) const {
 
 void OverlayControlK7::WriteNumber(int i, ControlK7* control, double value) {
     if (Link.Input[i]) Link.Input[i]->WriteNumber(Owner->DocumentTime, value);
-    if (Owner->KeepValues) return;
-    if (auto* shadow = dynamic_cast<FloatControlK7*>(control)) shadow->Value = value;
+    auto* shadow = dynamic_cast<FloatControlK7*>(control);
+    if (!shadow) return;
+    shadow->Shown = value;
+    if (!Owner->KeepValues) shadow->Value = value;
 }
 
 void OverlayControlK7::WritePoint(int i, double x, double y) {
     if (Link.Input[i]) Link.Input[i]->WritePoint(Owner->DocumentTime, x, y);
-    if (Owner->KeepValues) return;
-    if (auto* shadow = dynamic_cast<PositionControlK7*>(Link.Control[i])) shadow->Value = {x, y};
+    auto* shadow = dynamic_cast<PositionControlK7*>(Link.Control[i]);
+    if (!shadow) return;
+    shadow->Shown = {x, y};
+    if (!Owner->KeepValues) shadow->Value = {x, y};
 }
 
 void OneHandleOverlayK7::DrawHandle(float x, float y) {

@@ -36,7 +36,7 @@ public:
     OverlaySurface* Surface = nullptr;
     std::string OperatorName;  ///< the tool's name in titles of undo steps; may be empty
     double DocumentTime = 0.0; ///< the time at which a drag writes
-    bool KeepValues = false;   ///< a frame is using the values: a drag writes to the inputs alone
+    bool KeepValues = false;   ///< a frame is using the values: a drag changes only inputs and what is shown
     int ImageWidth = 0;
     int ImageHeight = 0;
     float AspectX = 1.0f;
@@ -103,7 +103,7 @@ protected:
     float PixelX(float fraction) const { return static_cast<float>(Owner->ImageWidth) * fraction; }
     float PixelY(float fraction) const { return static_cast<float>(Owner->ImageHeight) * fraction; }
 
-    // Write a value to input i and store it in a control object, unless the values are to be kept.
+    // Write a value to input i and store it in a control object; its Value only if no frame uses it.
     void WriteNumber(int i, ControlK7* control, double value);
     void WritePoint(int i, double x, double y);
 

@@ -2,6 +2,7 @@
 
 #include "host/Object.h"
 
+#include <atomic>
 #include <memory>
 #include <shared_mutex>
 #include <vector>
@@ -51,8 +52,8 @@ public:
 
     FusionDoc* Document = nullptr;
     const PreviewInfo* Preview = nullptr;
-    bool DrawWhileMoving = false; ///< the view wants a drawing at each move of a drag
-    int RedrawsWanted = 0;
+    bool DrawWhileMoving = false;       ///< the view wants a drawing at each move of a drag
+    std::atomic<int> RedrawsWanted = 0; ///< counted on any thread
 };
 
 /// Readers share, writers exclude all others.

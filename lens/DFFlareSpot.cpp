@@ -38,8 +38,7 @@ public:
         AddWidget(core.Source, {65535, 65535, 0}, core.StartControl);
         AddWidget(core.Target, {65535, 0, 0}, core.EndControl);
 
-        OnChange(core.OverrideControl,
-                 [&core](double) { core.ShowColours(core.OverrideControl.Value != 0); });
+        OnChange(core.OverrideControl, [&core](double) { core.RefreshControls(); });
     }
 
 private:

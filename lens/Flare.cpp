@@ -188,12 +188,12 @@ void Flare::HighChanged(double time) {
 // Widgets.
 
 void Flare::Draw() {
-    CentreCross.DrawAt(Centre.Value);
+    CentreCross.DrawAt(Centre.Shown);
     if (ScaleBox.Visible) {
-        ScaleBox.X = static_cast<float>(Centre.Value.x);
-        ScaleBox.Y = static_cast<float>(Centre.Value.y);
-        ScaleBox.Width = static_cast<float>(ScaleX.Value);
-        ScaleBox.Height = static_cast<float>(ScaleY.Value);
+        ScaleBox.X = static_cast<float>(Centre.Shown.x);
+        ScaleBox.Y = static_cast<float>(Centre.Shown.y);
+        ScaleBox.Width = static_cast<float>(ScaleX.Shown);
+        ScaleBox.Height = static_cast<float>(ScaleY.Shown);
         ScaleBox.Square = MatchScales.Value != 0;
         ScaleBox.Rotation = 0.0f;
         ScaleBox.Draw();

@@ -190,18 +190,18 @@ void Flare2::ColourFromChanged() {
 
 void Flare2::Draw() {
     ReflectCross.Visible = Reflections.Value != 0;
-    SourceCross.DrawAt(Source.Value);
+    SourceCross.DrawAt(Source.Shown);
     if (!ReflectCross.Visible) return;
-    ReflectCross.DrawAt(Reflect.Value);
+    ReflectCross.DrawAt(Reflect.Shown);
 
     // The line on which the ghosts lie, dashed from the point of reflection to the last of them.
     const auto pixel = [](int size, double fraction) { return static_cast<float>(PixelAt(size, fraction)); };
-    const float sx = pixel(ImageWidth, Source.Value.x);
-    const float sy = pixel(ImageHeight, Source.Value.y);
-    const float rx = pixel(ImageWidth, Reflect.Value.x);
-    const float ry = pixel(ImageHeight, Reflect.Value.y);
-    const auto ex = static_cast<float>(Trunc((rx - sx) * ReflScale.Value + rx));
-    const auto ey = static_cast<float>(Trunc((ry - sy) * ReflScale.Value + ry));
+    const float sx = pixel(ImageWidth, Source.Shown.x);
+    const float sy = pixel(ImageHeight, Source.Shown.y);
+    const float rx = pixel(ImageWidth, Reflect.Shown.x);
+    const float ry = pixel(ImageHeight, Reflect.Shown.y);
+    const auto ex = static_cast<float>(Trunc((rx - sx) * ReflScale.Shown + rx));
+    const auto ey = static_cast<float>(Trunc((ry - sy) * ReflScale.Shown + ry));
     OverlayLine(*this, sx, sy, rx, ry);
     OverlayDashedLine(*this, rx, ry, ex, ey, 3);
     OverlayArrow(*this, ex, ey, rx, ry);

@@ -227,17 +227,13 @@ void FlareSpot::DrawFan(const GhostPolygon& ghost, int firstRow, int endRow) con
 void FlareSpot::RefreshControls() {
     int on = 0;
     OverrideControl.Get(kTimeNow, &on);
-    ShowColours(on != 0);
-}
-
-void FlareSpot::ShowColours(bool on) {
-    ColourStartControl.SetHidden(!on);
-    ColourEndControl.SetHidden(!on);
+    ColourStartControl.SetHidden(on == 0);
+    ColourEndControl.SetHidden(on == 0);
 }
 
 void FlareSpot::Draw() {
-    const PositionControlK7::Position& start = StartControl.Value;
-    const PositionControlK7::Position& end = EndControl.Value;
+    const PositionControlK7::Position& start = StartControl.Shown;
+    const PositionControlK7::Position& end = EndControl.Shown;
     if (Line.Visible) {
         Line.X1 = static_cast<float>(end.x);
         Line.Y1 = static_cast<float>(end.y);

@@ -49,9 +49,6 @@ public:
     void Draw() override;
     void Event(int event, float x, float y) override;
 
-    /// Shows or hides the colours of Colour Override.
-    void ShowColours(bool on);
-
     /// Where plain names of lens files are looked up; ends in a separator.
     std::string LensDirectory;
 

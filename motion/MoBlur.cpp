@@ -183,12 +183,12 @@ void MoBlur::Publish(const MotionField* field) {
 
 void MoBlur::Draw() {
     DrawVectors();
-    CentreWidget.DrawAt(Cere.Value);
+    CentreWidget.DrawAt(Cere.Shown);
     if (!RegionWidget.Visible) return;
-    RegionWidget.X = static_cast<float>(Cere.Value.x);
-    RegionWidget.Y = static_cast<float>(Cere.Value.y);
-    RegionWidget.Width = static_cast<float>(XSle.Value);
-    RegionWidget.Height = static_cast<float>(YSle.Value);
+    RegionWidget.X = static_cast<float>(Cere.Shown.x);
+    RegionWidget.Y = static_cast<float>(Cere.Shown.y);
+    RegionWidget.Width = static_cast<float>(XSle.Shown);
+    RegionWidget.Height = static_cast<float>(YSle.Shown);
     RegionWidget.Rotation = 0.0f;
     RegionWidget.Square = Maes.Value != 0;
     RegionWidget.Draw();

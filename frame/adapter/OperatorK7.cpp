@@ -80,8 +80,7 @@ void OperatorK7::RunCore(PictureK7<Sample>* input, PictureK7<Sample>* second, Pi
         OperatorK7& op;
     } emptied{*this}; // also where the core throws
     FillSlots(input, second, output);
-    if (firstProcess_) core_->RefreshControls();
-    firstProcess_ = false;
+    if (std::exchange(firstProcess_, false)) WithValues([&](bool) { core_->RefreshControls(); });
     core_->Process();
 }
 
@@ -124,11 +123,9 @@ void OperatorK7::EndFrame() {
 void OperatorK7::MirrorControls(double time) {
     InputValues values(time);
     const std::lock_guard lock(valuesMutex_);
-    if (frameInWork_) {
-        mirrorAfterFrame_ = time;
-        return;
-    }
-    for (ControlK7* control : mirrored_) control->ReadValue(values);
+    if (frameInWork_) mirrorAfterFrame_ = time;
+    for (ControlK7* control : mirrored_)
+        frameInWork_ ? control->ReadShown(values) : control->ReadValue(values);
 }
 
 void OperatorK7::WithValues(const std::function<void(bool frameInWork)>& action) {
@@ -143,6 +140,7 @@ void OperatorK7::NotifyChanged(Input* in, Parameter* param, double time, TagList
     if (!param) return;
     if (Document && Document->Silent) return;
     if (time != kTimeUndefined) MirrorControls(time);
+    const std::lock_guard lock(valuesMutex_); // reactions read values, and mark and hide controls
     for (auto& [control, reaction] : reactions_) {
         const bool concerned =
             std::any_of(std::begin(control->Input), std::end(control->Input), [&](ControlInput* input) {

@@ -116,8 +116,8 @@ protected:
     using Reaction = std::function<void(double time)>;
     void OnChange(ControlK7& control, Reaction reaction);
 
-    /// Reads the mirrored controls at a time. While a frame is in work it keeps its values, and the reading
-    /// follows after it.
+    /// Reads the mirrored controls at a time. While a frame is in progress it keeps its values: only what
+    /// widgets show is read, and the rest after the frame.
     void MirrorControls(double time);
 
     /// Runs an action under the lock of the controls' values: no frame can begin meanwhile. The action is

@@ -16,8 +16,8 @@ public:
     }
     void Draw() override {
         ++Draws;
-        Cross.HandleX = Cross.X = static_cast<float>(Centre.Value.x) * 400.0f;
-        Cross.HandleY = static_cast<float>(Centre.Value.y) * 200.0f;
+        Cross.HandleX = Cross.X = static_cast<float>(Centre.Shown.x) * 400.0f;
+        Cross.HandleY = static_cast<float>(Centre.Shown.y) * 200.0f;
         for (int i = 0; i < 3; ++i) {
             Box.HandleX[i] = 20.0f * static_cast<float>(i + 1);
             Box.HandleY[i] = 10.0f;
@@ -241,6 +241,7 @@ TEST_F(OverlayOperator, AFrameInWorkKeepsItsValues) {
         Move(0.25, 0.75);
         Up(0.25, 0.75);
         EXPECT_EQ(core.Centre.Value.x, 0.5);
+        EXPECT_FLOAT_EQ(core.Cross.HandleX, 100.0f) << "the widget follows the pointer at once";
         EXPECT_EQ(centre.GetCurve().Constant, (host::Curve::Value{0.25, 0.75}));
     };
     host::Request request(0.0);

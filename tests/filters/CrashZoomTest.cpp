@@ -155,8 +155,8 @@ TEST(CrashZoom, WidgetsFollowTheControlsAndBack) {
     core.ClearOverlay.Link.Input[0] = core.ClearOverlay.Link.Input[1] = &radius;
     core.ClearOverlay.Link.Control[2] = core.ClearOverlay.Link.Control[3] = &core.DimX;
 
-    core.Cntr.Value = {0.25, 0.5};
-    core.DimX.Value = 0.2;
+    core.Cntr.Shown = {0.25, 0.5};
+    core.DimX.Shown = 0.2;
     core.Draw();
     ASSERT_EQ(surface.Loops.size(), 2u);
     EXPECT_TRUE(surface.Loops[0].IsAt(100.0f, 100.0f, 4.0f));

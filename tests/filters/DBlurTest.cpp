@@ -237,7 +237,7 @@ TEST(DBlur, WidgetStandsInTheMiddleAndTurns) {
     core.AngleOverlay.Owner = &core;
     core.AngleOverlay.Link.Input[0] = &angle;
     core.AngleOverlay.Link.Control[0] = &core.Angl;
-    core.Angl.Value = 90.0;
+    core.Angl.Shown = 90.0;
     core.Draw();
     EXPECT_TRUE(surface.Loops.at(0).IsAt(200.0f, 180.0f, 4.0f)); // a fifth of the width above the middle
 

@@ -208,6 +208,8 @@ struct Preview {
         spot.core.Line.Link = {{&end, &start}, {&spot.core.EndControl, &spot.core.StartControl}};
         spot.core.Source.Link = {{&start}, {&spot.core.StartControl}};
         spot.core.Target.Link = {{&end}, {&spot.core.EndControl}};
+        spot.core.StartControl.Shown = spot.core.StartControl.Value;
+        spot.core.EndControl.Shown = spot.core.EndControl.Value;
         spot.core.Draw();
     }
     void Drag(float fromX, float fromY, float toX, float toY) {

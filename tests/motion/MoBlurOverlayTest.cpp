@@ -73,9 +73,9 @@ TEST(MoBlurOverlay, ShowsVectorsOnlyOfABlurredFrame) {
 TEST(MoBlurOverlay, PutsTheWidgetsOnTheRegion) {
     DrawnShot shot;
     shot.core.CentreWidget.Visible = shot.core.RegionWidget.Visible = true;
-    shot.core.Cere.Value = {0.25, 0.5};
-    shot.core.XSle.Value = 0.3;
-    shot.core.YSle.Value = 0.6;
+    shot.core.Cere.Shown = {0.25, 0.5};
+    shot.core.XSle.Shown = 0.3;
+    shot.core.YSle.Shown = 0.6;
     shot.core.Maes.Value = 1;
     EXPECT_GT(shot.Strokes(), 0u);
     EXPECT_EQ(shot.core.CentreWidget.X, 0.25f);

@@ -75,6 +75,20 @@ TEST(FlareTool, LightMapOfAnotherSizeIsFittedToTheBackground) {
     }
 }
 
+TEST(FlareSpotTool, OverrideSetDuringAFrameShowsTheColours) {
+    FlareTool tool("K7FlareSpot");
+    tool.Set("Lens", 4.0); // the user's, whose file is missing: the frame says so while it is in progress
+    host::GetApp()->SetMessageListener([&](const host::Operator&, const std::string&) {
+        EXPECT_FALSE(tool.Shown("CouR"));
+        tool.Set("ClOv", 1.0);
+        EXPECT_TRUE(tool.Shown("CouR"));
+        EXPECT_TRUE(tool.Shown("OvuR"));
+    });
+    EXPECT_FALSE(tool.stage.Render().empty());
+    host::GetApp()->SetMessageListener(nullptr);
+    EXPECT_TRUE(tool.Shown("CouR"));
+}
+
 TEST(Flare2Tool, StylesWriteTheirRowsAndStayWhenASliderMoves) {
     FlareTool tool("K7Flare2");
     tool.Set("RTyp", 1.0);
