@@ -1,9 +1,9 @@
 #include "app/StackOptions.h"
 
 #include "app/Listener.h"
-#include "app/SettingsFile.h"
 #include "media/Errors.h"
 #include "media/PlugIns.h"
+#include "media/SettingsFile.h"
 
 #include <nlohmann/json.hpp>
 

@@ -56,6 +56,8 @@ public:
 
     /// The clip at the main input; LinkAll has made sure of it.
     Clip& MainClip() const { return *Feeding(MainInput(0))->Source(); }
+    /// What a clip feeds an input with; null if none does.
+    ClipFeed* Feeding(host::Input* input) const;
     /// Whether a name is that of a frame of one of the sequences at the inputs, be there a file or not.
     bool ReadsSequence(const std::string& path, int frame) const;
     /// The files at the inputs: all of them, or those of single pictures only.
@@ -82,7 +84,6 @@ private:
     void CheckLinks() const;
     host::Input* MainInput(std::size_t stage) const;
     host::Input& FindImageInput(std::size_t stage, const std::string& name) const;
-    ClipFeed* Feeding(host::Input* input) const;
     std::vector<Clip*> Clips() const;
     std::string TakeErrors() const;
 

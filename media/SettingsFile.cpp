@@ -1,4 +1,4 @@
-#include "app/SettingsFile.h"
+#include "media/SettingsFile.h"
 
 #include "media/Errors.h"
 #include "media/WholeFile.h"
@@ -9,9 +9,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace app {
-
-using namespace media;
+namespace media {
 
 nlohmann::json ReadSettingsFile(const std::string& path) {
     std::error_code ignored;
@@ -33,7 +31,11 @@ void LoadSettingsFile(Stack& stack, const std::string& path) {
 }
 
 void SaveSettingsFile(const Stack& stack, const std::string& path) {
-    const std::string text = SaveStack(stack).dump(2) + "\n";
+    WriteSettingsFile(SaveStack(stack), path);
+}
+
+void WriteSettingsFile(const nlohmann::ordered_json& settings, const std::string& path) {
+    const std::string text = settings.dump(2) + "\n";
     try {
         WholeFile(path).Finish({text.begin(), text.end()});
     } catch (const FrameError& error) {
@@ -41,4 +43,4 @@ void SaveSettingsFile(const Stack& stack, const std::string& path) {
     }
 }
 
-} // namespace app
+} // namespace media

@@ -1,0 +1,44 @@
+#include "view/ToolPanel.h"
+
+#include "host/Registry.h"
+#include "host/Tags.h"
+#include "media/PlugIns.h"
+#include "media/Words.h"
+
+#include <QVBoxLayout>
+
+namespace view {
+
+ToolPanel::ToolPanel(QWidget* parent)
+    : QWidget(parent)
+    , histogram_(new Histogram(this))
+    , name_(new QLabel(this))
+    , description_(new QLabel(this))
+    , controls_(new ControlPanel(this)) {
+    setMinimumWidth(340);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 4, 0, 0);
+    column->setSpacing(0);
+    QFont large = name_->font();
+    large.setPointSizeF(large.pointSizeF() * 1.35);
+    large.setBold(true);
+    name_->setFont(large);
+    name_->setContentsMargins(12, 10, 12, 0);
+    description_->setWordWrap(true);
+    description_->setContentsMargins(12, 2, 12, 10);
+    description_->setForegroundRole(QPalette::WindowText);
+    column->addWidget(histogram_);
+    column->addWidget(name_);
+    column->addWidget(description_);
+    column->addWidget(controls_, 1);
+}
+
+void ToolPanel::SetLook(Look* look) {
+    controls_->SetLook(look);
+    if (!look) return;
+    const host::Registry& tool = *look->Op().Class();
+    name_->setText(QString::fromStdString(media::PlainName(tool)));
+    description_->setText(QString::fromStdString(media::Trimmed(tool.GetAttrS(host::kTagRegDescription))));
+}
+
+} // namespace view

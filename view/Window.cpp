@@ -1,0 +1,196 @@
+#include "view/Window.h"
+
+#include "host/Tags.h"
+#include "media/PlugIns.h"
+
+#include <QHBoxLayout>
+#include <QSettings>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <set>
+
+namespace view {
+
+namespace {
+
+/// Frames at which any control has a key.
+std::vector<int> KeysOf(const host::Operator& op) {
+    std::set<int> frames;
+    for (const host::Input* input : op.Inputs())
+        if (input->DataType() == host::Input::Type::Number || input->DataType() == host::Input::Type::Point)
+            for (const auto& [time, value] : input->GetCurve().Keys) frames.insert(static_cast<int>(time));
+    return {frames.begin(), frames.end()};
+}
+
+} // namespace
+
+Window::Window(QWidget* parent)
+    : QMainWindow(parent)
+    , gallery_(new Gallery(this))
+    , picture_(new PictureView(this))
+    , panel_(new ToolPanel(this))
+    , bar_(new ViewBar(this))
+    , timeline_(new Timeline(this))
+    , message_(new QLabel(this))
+    , pixel_(new QLabel(this))
+    , timing_(new QLabel(this)) {
+    setAcceptDrops(true);
+    resize(1280, 800);
+    MakeMenus();
+    LayOut();
+    Connect();
+    const QSettings settings;
+    restoreGeometry(settings.value("window").toByteArray());
+    session_.Store().SetRoom(settings.value("cacheMiB", 1024).toULongLong() << 20);
+}
+
+Window::~Window() {
+    picture_->SetLook(nullptr);
+    panel_->SetLook(nullptr);
+}
+
+void Window::LayOut() {
+    auto* middle = new QWidget(this);
+    auto* column = new QVBoxLayout(middle);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(bar_);
+    column->addWidget(picture_, 1);
+    column->addWidget(MakeTimeBar());
+
+    auto* splitter = new QSplitter(this);
+    splitter->addWidget(gallery_);
+    splitter->addWidget(middle);
+    splitter->addWidget(panel_);
+    splitter->setStretchFactor(1, 1);
+    splitter->setChildrenCollapsible(false);
+    splitter->setSizes({170, 740, 370});
+    setCentralWidget(splitter);
+
+    QFont fixed("monospace");
+    fixed.setStyleHint(QFont::Monospace);
+    pixel_->setFont(fixed);
+    message_->setContentsMargins(12, 0, 0, 0);
+    timing_->setContentsMargins(12, 0, 8, 0);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(message_, 1);
+    statusBar()->addPermanentWidget(pixel_);
+    statusBar()->addPermanentWidget(timing_);
+}
+
+QWidget* Window::MakeTimeBar() {
+    auto* bar = new QWidget(this);
+    auto* row = new QHBoxLayout(bar);
+    row->setContentsMargins(8, 4, 8, 4);
+    row->setSpacing(2);
+    const auto addButton = [&](const QString& text, const QString& tip, void (Window::*slot)()) {
+        auto* button = new QToolButton(bar);
+        button->setText(text);
+        button->setToolTip(tip);
+        button->setAccessibleName(tip);
+        button->setAutoRaise(true);
+        button->setFixedSize(30, 28);
+        button->setFocusPolicy(Qt::TabFocus);
+        connect(button, &QToolButton::clicked, this, slot);
+        row->addWidget(button);
+        return button;
+    };
+    addButton("\u25C2\u2759", tr("Step back (Left)"), &Window::StepBack);
+    QToolButton* play = addButton("\u25B6", tr("Play or stop (Space)"), &Window::PlayOrStop);
+    addButton("\u2759\u25B8", tr("Step on (Right)"), &Window::StepOn);
+    row->addWidget(timeline_, 1);
+    connect(&session_, &Session::PlayingChanged, play,
+            [play](bool on) { play->setText(on ? "\u25A0" : "\u25B6"); });
+    return bar;
+}
+
+void Window::Connect() {
+    connect(gallery_, &Gallery::Chosen, this, [this](host::Registry* tool) {
+        const Look* look = session_.CurrentLook();
+        if (look && look->Op().Class() != tool && MayLoseLook()) Open(*tool, {session_.Links().front()});
+        if (session_.CurrentLook()) gallery_->Mark(*session_.CurrentLook()->Op().Class());
+    });
+    connect(&session_, &Session::Opened, this, &Window::TakeSession);
+    connect(&session_, &Session::Changed, this, &Window::RefreshControls);
+    connect(&session_, &Session::Shown, this, &Window::TakeShot);
+    connect(&session_, &Session::Problem, this, &Window::Say);
+    connect(timeline_, &Timeline::FrameAsked, &session_, &Session::ShowFrame);
+    connect(picture_, &PictureView::Pointed, pixel_, &QLabel::setText);
+    connect(picture_, &PictureView::ZoomChanged, bar_, &ViewBar::ShowZoom);
+    connect(picture_, &PictureView::Failed, this, &Window::Say);
+    connect(bar_, &ViewBar::ShowingChosen, this, [this](Showing showing) {
+        showing.wipe = picture_->How().wipe;
+        SetShowing(showing);
+    });
+    connect(&recovery_, &QTimer::timeout, this, &Window::KeepForRecovery);
+    recovery_.start(5000);
+}
+
+bool Window::Open(host::Registry& tool, const std::vector<std::string>& links) {
+    try {
+        Say({});
+        session_.Open(tool, links);
+        return true;
+    } catch (const std::exception& error) {
+        Say(QString::fromUtf8(error.what()));
+        return false;
+    }
+}
+
+void Window::TakeSession() {
+    Look* look = session_.CurrentLook();
+    picture_->SetLook(look);
+    panel_->SetLook(look);
+    gallery_->Mark(*look->Op().Class());
+    timeline_->SetSpan(session_.Span());
+    const QString clip = QString::fromStdString(session_.Links().front());
+    setWindowTitle(
+        tr("%1 on %2[*] - k7view").arg(QString::fromStdString(media::PlainName(*look->Op().Class())), clip));
+    FillStyles();
+    RefreshControls();
+}
+
+void Window::TakeShot(const ShotPtr& shot) {
+    Say({});
+    picture_->Show(shot);
+    panel_->Counts().Show(shot->after);
+    const QString size = QString("%1 \u00D7 %2").arg(shot->before->Width).arg(shot->before->Height);
+    const QString part = shot->divisor == 1 ? "" : tr(", at 1/%1 of the size").arg(shot->divisor);
+    timing_->setText(tr("%1   %2 ms%3").arg(size).arg(shot->milliseconds, 0, 'f', 0).arg(part));
+    RefreshTime();
+    if (shot->divisor == 1) emit Settled();
+}
+
+void Window::RefreshTime() {
+    timeline_->Show(session_.Frame(), session_.Store().Frames(), KeysOf(session_.CurrentLook()->Op()));
+}
+
+void Window::RefreshControls() {
+    Look& look = *session_.CurrentLook();
+    panel_->Controls().Refresh();
+    picture_->update();
+    RefreshTime();
+    setWindowModified(look.Unsaved());
+    const auto name = [](QAction& action, const QString& verb, const std::string& title) {
+        action.setText(title.empty() ? verb : verb + " " + QString::fromStdString(title));
+        action.setEnabled(!title.empty());
+    };
+    name(*undo_, tr("&Undo"), look.Steps().BackTitle());
+    name(*redo_, tr("&Redo"), look.Steps().ForwardTitle());
+    if (session_.Rendering() && message_->text().isEmpty()) timing_->setText(tr("rendering\u2026"));
+}
+
+void Window::Say(const QString& text) {
+    message_->setText(text.simplified());
+    message_->setToolTip(text);
+}
+
+void Window::SetShowing(const Showing& showing) {
+    picture_->SetShowing(showing);
+    bar_->Show(showing);
+}
+
+} // namespace view
