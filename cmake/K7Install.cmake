@@ -1,4 +1,4 @@
-# Where an installation puts things, and the Debian packages of it: the program's, and the OpenFX bundle's.
+# Where an installation puts things, and the Debian packages of it: the program's, the window's, and the OpenFX bundle's.
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME k7)
 
@@ -17,6 +17,16 @@ install(TARGETS k7effects LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/k7)
 install(FILES docs/k7.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md CHANGELOG.md DESTINATION ${docs})
 install(DIRECTORY docs examples DESTINATION ${docs} PATTERN k7.1 EXCLUDE)
+
+if(TARGET k7view)
+  set_target_properties(k7view PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  set(share ${CMAKE_INSTALL_DATAROOTDIR})
+  install(TARGETS k7view RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT view)
+  install(FILES view/k7view.desktop DESTINATION ${share}/applications COMPONENT view)
+  install(FILES view/k7view.svg DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT view)
+  install(DIRECTORY docs/pictures/ DESTINATION ${share}/k7/pictures COMPONENT view
+    FILES_MATCHING PATTERN "*-after.jpg" PATTERN "before-after.jpg" EXCLUDE)
+endif()
 
 # OpenFX hosts look here, whatever the prefix of the package is.
 set(bundle OFX/Plugins/K7.ofx.bundle/Contents)
@@ -41,4 +51,12 @@ set(CPACK_DEBIAN_K7_PACKAGE_RECOMMENDS libgl1-mesa-dri) # draws the widgets of k
 set(CPACK_COMPONENT_K7_DESCRIPTION "A command-line compositor that renders them.")
 set(CPACK_DEBIAN_OPENFX_PACKAGE_NAME k7-openfx)
 set(CPACK_COMPONENT_OPENFX_DESCRIPTION "For compositors that take OpenFX plug-ins.")
+if(TARGET k7view)
+  list(APPEND CPACK_COMPONENTS_ALL view)
+  set(CPACK_DEBIAN_VIEW_PACKAGE_NAME k7-view)
+  set(CPACK_DEBIAN_VIEW_PACKAGE_DEPENDS "k7 (= ${PROJECT_VERSION})") # its libraries, and k7 itself, which renders files
+  set(CPACK_DEBIAN_VIEW_PACKAGE_RECOMMENDS libgl1-mesa-dri)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
+  set(CPACK_COMPONENT_VIEW_DESCRIPTION "A window to see and set them in.")
+endif()
 include(CPack)

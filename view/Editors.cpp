@@ -11,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -111,11 +112,20 @@ private:
     QCheckBox* box_;
 };
 
+/// The wheel scrolls the page and changes no list under way.
+class QuietList : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
 class ListRow : public ControlRow {
 public:
     ListRow(Look& look, Input& input, QWidget* parent)
         : ControlRow(look, input, parent)
-        , list_(new QComboBox(this)) {
+        , list_(new QuietList(this)) {
         for (const std::string& entry : input.GetAttrList(host::kTagEntry))
             list_->addItem(QString::fromStdString(media::Trimmed(entry)));
         list_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);

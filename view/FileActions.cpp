@@ -4,6 +4,7 @@
 #include "media/PlugIns.h"
 #include "media/Settings.h"
 #include "media/SettingsFile.h"
+#include "media/Stack.h"
 #include "view/Command.h"
 #include "view/RenderDialog.h"
 #include "view/Sequence.h"
@@ -58,7 +59,6 @@ void Window::Remember(const QString& file) {
     files.removeAll(file);
     files.prepend(file);
     settings.setValue("recent", files.mid(0, kRecent));
-    FillRecent();
 }
 
 void Window::FillRecent() {
@@ -84,22 +84,42 @@ void Window::dropEvent(QDropEvent* event) {
 
 // Looks.
 
-bool Window::LoadLook(const QString& file) {
-    Look& look = *session_.CurrentLook();
-    look.Steps().StartUndo(tr("load look").toStdString(), nullptr);
-    bool good = true;
+bool Window::TakeLook(const QString& file) {
     try {
-        media::RestoreSettings(look.Op(), media::ReadSettingsFile(file.toStdString()));
-        ShowAsValuesSay(look.Op());
+        const nlohmann::json saved = media::ReadSettingsFile(file.toStdString());
+        const std::vector<host::Registry*> tools = media::ToolsOf(saved);
+        if (tools.size() > 1) throw media::UsageError("a stack of tools cannot be shown here; k7 renders it");
+        if (tools[0] != session_.CurrentLook()->Op().Class() && !Open(*tools[0], {session_.Links().front()}))
+            return false;
+        Look& look = *session_.CurrentLook();
+        const Values before = ValuesOf(look.Op());
+        look.Do(tr("load look").toStdString(), [&] {
+            try {
+                media::RestoreSettings(look.Op(), saved.contains("tools") ? saved["tools"][0] : saved);
+                ShowAsValuesSay(look.Op());
+            } catch (...) {
+                Restore(look.Op(), before);
+                throw;
+            }
+        });
         Say({});
+        return true;
     } catch (const std::exception& error) {
         Say(QString::fromUtf8(error.what()));
-        good = false;
+        return false;
     }
-    look.End();
-    if (good) look.MarkSaved();
-    setWindowModified(look.Unsaved());
-    return good;
+}
+
+bool Window::LoadLook(const QString& file) {
+    if (!TakeLook(file)) return false;
+    session_.CurrentLook()->MarkSaved();
+    setWindowModified(false);
+    return true;
+}
+
+void Window::Recover() {
+    if (QFile::exists(RecoveryFile()) && TakeLook(RecoveryFile()))
+        Say(tr("The look that was not saved has been recovered"));
 }
 
 void Window::ChooseLook() {
@@ -135,7 +155,6 @@ void Window::SaveStyle() {
             throw std::runtime_error(tr("'%1' is no name for a style").arg(name).toStdString());
         media::WriteSettingsFile(media::SaveSettings(session_.CurrentLook()->Op()),
                                  (StyleFolder() + "/" + name + ".json").toStdString());
-        FillStyles();
     } catch (const std::exception& error) {
         Say(QString::fromUtf8(error.what()));
     }
@@ -145,7 +164,7 @@ void Window::FillStyles() {
     styles_->clear();
     for (const QFileInfo& file : QDir(StyleFolder()).entryInfoList({"*.json"}, QDir::Files))
         styles_->addAction(file.completeBaseName(), this, [this, file] { LoadLook(file.filePath()); });
-    styles_->setEnabled(!styles_->isEmpty());
+    if (styles_->isEmpty()) styles_->addAction(tr("None saved for this tool"))->setEnabled(false);
 }
 
 // Rendering.

@@ -21,7 +21,12 @@ void Look::SetFrame(int frame) {
 
 void Look::Do(const std::string& title, const std::function<void()>& change) {
     Begin(title);
-    change();
+    try {
+        change();
+    } catch (...) {
+        End();
+        throw;
+    }
     End();
 }
 

@@ -7,7 +7,6 @@
 #include <QCommandLineParser>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QSurfaceFormat>
 
 #include <cstdio>
 
@@ -57,6 +56,7 @@ int Run(QApplication& program, const Options& options) {
         window.resize(sides[0].toInt(), sides[1].toInt());
     window.show();
     if (!window.Open(tool, links) && !window.Open(tool, {"sample:"})) return 1;
+    if (program.arguments().size() == 1) window.Recover();
     if (!options.settings.isEmpty()) window.LoadLook(options.settings);
     for (const QString& set : options.sets)
         media::ApplySetting(window.Work().CurrentLook()->Op(), set.toStdString());
@@ -76,9 +76,7 @@ int Run(QApplication& program, const Options& options) {
 } // namespace
 
 int main(int count, char** words) {
-    QSurfaceFormat format; // the tools draw their widgets with OpenGL 2.1
-    format.setVersion(2, 1);
-    QSurfaceFormat::setDefaultFormat(format);
+    view::AskForOpenGL();
     QApplication program(count, words);
     QApplication::setApplicationName("k7view");
     QApplication::setOrganizationName("k7");

@@ -46,7 +46,8 @@ void Window::MakeMenus() {
     file->insertMenu(file->actions().at(6), styles_);
     QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
     quit->setShortcut(QKeySequence("Ctrl+Q"));
-    FillRecent();
+    connect(recent_, &QMenu::aboutToShow, this, &Window::FillRecent);
+    connect(styles_, &QMenu::aboutToShow, this, &Window::FillStyles);
 
     QMenu* edit = AddMenu(
         tr("&Edit"),

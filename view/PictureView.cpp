@@ -25,6 +25,12 @@ QSizeF SquareSize(const host::Image& picture) {
 
 } // namespace
 
+void AskForOpenGL() {
+    QSurfaceFormat format;
+    format.setVersion(2, 1);
+    QSurfaceFormat::setDefaultFormat(format);
+}
+
 PictureView::PictureView(QWidget* parent) : QOpenGLWidget(parent) {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -201,9 +207,14 @@ void PictureView::leaveEvent(QEvent*) {
     emit Pointed({});
 }
 
-void PictureView::Hover(const QPointF& place) {
+host::Input* PictureView::InputAt(const QPointF& position) {
+    if (!showHandles_ || !handles_ || !shot_) return nullptr;
     makeCurrent();
-    const bool handle = showHandles_ && handles_ && shot_ && handles_->At(placement_.ToPicture(place));
+    return handles_->At(placement_.ToPicture(InPixels(position)));
+}
+
+void PictureView::Hover(const QPointF& place) {
+    const bool handle = InputAt(place / devicePixelRatioF());
     setCursor(handle ? Qt::PointingHandCursor : OnWipe(place) ? Qt::SplitHCursor : Qt::ArrowCursor);
 }
 

@@ -11,6 +11,9 @@
 
 namespace view {
 
+/// Asks for the OpenGL that the tools' widgets are drawn with. Before the program's QApplication is made.
+void AskForOpenGL();
+
 /// Shows a rendered frame beside its source, with the tool's widgets over it.
 class PictureView : public QOpenGLWidget {
     Q_OBJECT
@@ -32,6 +35,8 @@ public:
 
     /// Where a place of the picture, in fractions, y upwards, lies in this widget.
     QPoint PlaceOf(const QPointF& fractions) const;
+    /// What a press at a place of this widget would move; null if nothing.
+    host::Input* InputAt(const QPointF& position);
 
 signals:
     void DragBegan();

@@ -92,6 +92,15 @@ void ValueSlider::mouseDoubleClickEvent(QMouseEvent*) {
     emit ResetAsked();
 }
 
+/// The arrow keys belong to the slider that has the focus, and not to the menus.
+bool ValueSlider::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Left || key == Qt::Key_Right) event->accept();
+    }
+    return QWidget::event(event);
+}
+
 void ValueSlider::keyPressEvent(QKeyEvent* event) {
     const bool up = event->key() == Qt::Key_Right || event->key() == Qt::Key_Up;
     if (!up && event->key() != Qt::Key_Left && event->key() != Qt::Key_Down)

@@ -149,7 +149,6 @@ void Window::TakeSession() {
     const QString clip = QString::fromStdString(session_.Links().front());
     setWindowTitle(
         tr("%1 on %2[*] - k7view").arg(QString::fromStdString(media::PlainName(*look->Op().Class())), clip));
-    FillStyles();
     RefreshControls();
 }
 

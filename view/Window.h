@@ -23,6 +23,8 @@ public:
     bool Open(host::Registry& tool, const std::vector<std::string>& links);
     bool OpenFile(const QString& file); ///< at the main input, with the tool that is there
     bool LoadLook(const QString& file);
+    /// Brings back the look of a program that was killed, if there is one.
+    void Recover();
 
     Session& Work() { return session_; }
     PictureView& Picture() { return *picture_; }
@@ -90,6 +92,7 @@ private:
     void Say(const QString& text);
     void SetShowing(const Showing& showing);
 
+    bool TakeLook(const QString& file);
     bool MayLoseLook();
     QString StyleFolder() const;
     void KeepForRecovery();
