@@ -2,6 +2,7 @@
 #include "media/Words.h"
 #include "view/ControlRow.h"
 #include "view/NumberField.h"
+#include "view/Tick.h"
 #include "view/ValueSlider.h"
 
 #include <QCheckBox>
@@ -98,7 +99,7 @@ class CheckRow : public ControlRow {
 public:
     CheckRow(Look& look, Input& input, QWidget* parent)
         : ControlRow(look, input, parent)
-        , box_(new QCheckBox(this)) {
+        , box_(new Tick(this)) {
         Describe(*box_);
         Line().addWidget(box_);
         Line().addStretch();
@@ -109,7 +110,7 @@ protected:
     void ShowValue() override { box_->setChecked(look_.ValueOf(input_).x > 0.5); }
 
 private:
-    QCheckBox* box_;
+    Tick* box_;
 };
 
 /// The wheel scrolls the page and changes no list under way.
