@@ -127,7 +127,8 @@ void Flare::SelectRows(const PictureK7<Sample>& lights, const PictureK7<Sample>&
         to += left;
         for (int x = LightBox.Left; x < LightBox.Right;
              ++x, from += K7Image::Channels, to += K7Image::Channels) {
-            const auto mean = static_cast<float>((from[0] + from[1] + from[2]) / 3);
+            const auto level = (from[0] + from[1] + from[2]) / 3; // of words without its fraction
+            const auto mean = static_cast<float>(level);
             if (!all && !(mean >= low && mean < end)) continue;
             for (int c = 0; c < 3; ++c) to[c] = std::max(from[c], Sample{0});
         }

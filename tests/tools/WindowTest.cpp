@@ -59,9 +59,8 @@ INSTANTIATE_TEST_SUITE_P(Registry, ToolInWindow, testing::ValuesIn(Tools()),
 TEST_P(ToolInWindow, IsDraggedWhileItRendersAndThenIsAsBefore) {
     const Processors processors(2);
     NoiseClip clip(65, 63);
-    const std::vector<float> alone = Stage(*GetParam(), clip).Render();
-
     Stage stage(*GetParam(), clip);
+    const std::vector<float> alone = stage.Render(); // what is drawn at random at the first frame stays
     Window window(stage);
     std::vector<std::pair<host::Input*, host::Curve>> before;
     for (host::Input* input : stage.Settings()) before.emplace_back(input, input->GetCurve());
@@ -70,13 +69,11 @@ TEST_P(ToolInWindow, IsDraggedWhileItRendersAndThenIsAsBefore) {
     std::thread renderer([&] {
         for (; frames < 12; ++frames) EXPECT_FALSE(stage.Render().empty());
     });
-    int rounds = 0;
-    for (; frames < 12; ++rounds) {
+    do {
         for (double to : {0.3, 0.6}) window.Drag(0.5, to);
         window.Touch();
-    }
+    } while (frames < 12);
     renderer.join();
-    EXPECT_GT(rounds, 0);
 
     stage.document.Silent = true; // no style list writes its sliders again
     for (const auto& [input, curve] : before) input->SetCurve(curve);
