@@ -18,7 +18,7 @@ void Refusals::Raise() {
     std::unique_lock lock(mutex_);
     const std::optional<Failure> failure = std::exchange(first_, std::nullopt);
     lock.unlock();
-    if (failure) throw *failure;
+    if (failure) throw Failure(*failure);
 }
 
 namespace {
