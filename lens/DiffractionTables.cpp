@@ -29,10 +29,14 @@ bool TooLarge(int side) {
     return static_cast<double>(side) * side > kMostCells;
 }
 
+/// Sizes a kernel and gets memory for its cells. False without it.
 template <class Real, class Cell>
-Buffer<Cell> MakeCells(int side) {
-    const std::size_t count = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
-    return {count, kFlareSource<Real>, __LINE__};
+bool Resize(Kernel<Cell>& kernel, int radius, const KernelReach& seen) {
+    kernel.SetSize(radius, seen);
+    const std::size_t count =
+        static_cast<std::size_t>(kernel.Columns()) * static_cast<std::size_t>(kernel.Rows());
+    kernel.Cells = Buffer<Cell>(count, kFlareSource<Real>, __LINE__);
+    return static_cast<bool>(kernel.Cells);
 }
 
 /// Half the wave number in radians per metre, of a wavelength in nm.
@@ -80,29 +84,31 @@ double Largest(const double (&rgb)[3]) {
     return std::max({rgb[0], rgb[1], rgb[2]});
 }
 
-/// Adds one fringe to the shades of a kernel: a line that starts at (x, y) and runs outward.
+/// Adds one fringe to the shades of a kernel: a line that starts at (x, y), counted from the centre, and runs
+/// outward.
 template <class Real>
 void DrawFringe(HaloKernel<Real>& halo, int x, int y, LineStepper<Real> line, Real weight) {
     if (line.Major == 0) return;
-    const int side = halo.Side();
-    const auto inside = [side](std::int64_t i) { return i >= 0 && i < side; };
-    const auto shade = [&](std::int64_t column, std::int64_t row) -> Real& {
-        return halo.Entries[static_cast<std::size_t>(row * side + column)].Shade;
+    const auto within = [](std::int64_t i, int reach) { return i >= -reach && i <= reach; };
+    const auto shade = [&](std::int64_t column, std::int64_t row, Real more) {
+        if (!within(column, halo.Reach.X) || !within(row, halo.Reach.Y)) return;
+        const std::int64_t cell = (row + halo.Reach.Y) * halo.Columns() + column + halo.Reach.X;
+        halo.Cells[static_cast<std::size_t>(cell)].Shade += more;
     };
+    // A side pixel may be seen where its main pixel no longer is, unless that lies beyond the kernel.
+    const int lastX = std::min(halo.Reach.X + 1, halo.Radius);
+    const int lastY = std::min(halo.Reach.Y + 1, halo.Radius);
     const Real slope = Real(2) / static_cast<Real>(line.Major);
     for (; line.Step <= line.Major; line.Next()) {
         const std::int64_t column = x + line.X;
         const std::int64_t row = y + line.Y;
-        if (!inside(column) || !inside(row)) return; // it comes back no more
+        if (!within(column, lastX) || !within(row, lastY)) return; // it comes back no more
 
         // The fringe fades in over the first half of its length.
         const Real ramp = std::min<Real>(1, static_cast<Real>(line.Step) * slope);
         const Real coverage = line.Coverage();
-        shade(column, row) += (1 - std::abs(coverage)) * ramp * weight;
-        const std::int64_t sideColumn = column + line.SideX(coverage);
-        const std::int64_t sideRow = row + line.SideY(coverage);
-        if (inside(sideColumn) && inside(sideRow))
-            shade(sideColumn, sideRow) += std::abs(coverage) * ramp * weight;
+        shade(column, row, (1 - std::abs(coverage)) * ramp * weight);
+        shade(column + line.SideX(coverage), row + line.SideY(coverage), std::abs(coverage) * ramp * weight);
     }
 }
 
@@ -168,16 +174,15 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
 }
 
 template <class Real>
-bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, HaloKernel<Real>& square) {
+bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const KernelReach& seen,
+                     HaloKernel<Real>& square) {
     const int radius = radial.Count;
-    square.Radius = radius;
-    square.Entries = MakeCells<Real, DiffractionEntry<Real>>(square.Side());
-    if (!square.Entries) return false;
+    if (!Resize<Real>(square, radius, seen)) return false;
 
-    DiffractionEntry<Real>* to = square.Entries.begin();
-    for (int dy = -radius; dy <= radius; ++dy) {
+    DiffractionEntry<Real>* to = square.Cells.begin();
+    for (int dy = -square.Reach.Y; dy <= square.Reach.Y; ++dy) {
         if (AbortRequested()) return false;
-        for (int dx = -radius; dx <= radius; ++dx, ++to) {
+        for (int dx = -square.Reach.X; dx <= square.Reach.X; ++dx, ++to) {
             const float distance = PixelDistance(static_cast<float>(dx), static_cast<float>(dy), aspect);
             const int i = Trunc(distance);
             if (i >= radius - 1) {
@@ -209,9 +214,9 @@ void AddFringes(HaloKernel<Real>& halo, int count, Real strength, float aspect, 
         const int y = Trunc(from.Y + r);
         const LineStepper<Real> line(static_cast<std::int64_t>(Trunc(to.X + r)) - x,
                                      static_cast<std::int64_t>(Trunc(to.Y + r)) - y);
-        DrawFringe(halo, x, y, line, u2 * most);
+        DrawFringe(halo, x - halo.Radius, y - halo.Radius, line, u2 * most);
     }
-    for (DiffractionEntry<Real>& entry : halo.Entries) {
+    for (DiffractionEntry<Real>& entry : halo.Cells) {
         const Real light = Unit(1 - entry.Shade);
         entry.R *= light;
         entry.G *= light;
@@ -235,29 +240,31 @@ void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain) {
 }
 
 template <class Real>
-bool BuildGlowKernel(Real radius, Real strength, float aspect, Ran1& random, GlowKernel<Real>& glow) {
+bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach& seen, Ran1& random,
+                     GlowKernel<Real>& glow) {
     constexpr Real kSmallestRadius = static_cast<Real>(0.01);
     if (!(radius >= kSmallestRadius)) radius = kSmallestRadius;
     const float whole = std::ceil(static_cast<float>(radius));
     if (!(whole < 32768.0f)) return false;
-    glow.Radius = static_cast<int>(whole);
-    if (TooLarge(glow.Side())) return false;
-    glow.Weights = MakeCells<Real, Real>(glow.Side());
-    if (!glow.Weights) return false;
+    const int reach = static_cast<int>(whole);
+    if (TooLarge(2 * reach + 1) || !Resize<Real>(glow, reach, seen)) return false;
 
+    // Every pixel of the square draws its number and counts, seen or not.
     Real sum = 0;
-    std::size_t cell = 0;
-    for (int dy = -glow.Radius; dy <= glow.Radius; ++dy) {
+    Real* cell = glow.Cells.begin();
+    for (int dy = -reach; dy <= reach; ++dy) {
         if (AbortRequested()) return false;
-        for (int dx = -glow.Radius; dx <= glow.Radius; ++dx, ++cell) {
+        const bool rowSeen = std::abs(dy) <= glow.Reach.Y;
+        for (int dx = -reach; dx <= reach; ++dx) {
             const float distance = PixelDistance(static_cast<float>(dx), static_cast<float>(dy), aspect);
             const Real cone = std::max<Real>((radius - distance) / radius, 0);
-            glow.Weights[cell] = random() * cone;
-            sum += glow.Weights[cell];
+            const Real weight = random() * cone;
+            sum += weight;
+            if (rowSeen && std::abs(dx) <= glow.Reach.X) *cell++ = weight;
         }
     }
     const Real scale = radius * strength / sum;
-    for (Real& weight : glow.Weights) weight *= scale;
+    for (Real& weight : glow.Cells) weight *= scale;
     return true;
 }
 
@@ -273,10 +280,14 @@ bool FlareTables<Real>::MakeHalo(CLRK7& clr, const HaloInputs<Real>& inputs, Ran
         // One entry for each pixel, so for 0.001 degrees.
         const int count = 1 + Trunc(largest / static_cast<Real>(0.001));
         if (TooLarge(2 * count + 1)) return false;
+        const float farthest =
+            PixelDistance(static_cast<float>(std::min(count, inputs.Seen.X)),
+                          static_cast<float>(std::min(count, inputs.Seen.Y)), inputs.Aspect);
+        const int entries = std::min(count, Trunc(farthest) + 2);
         DiffractionTable<Real> radial;
         const Grating<Real> slit = {inputs.Aperture, inputs.Aperture, 1, largest, inputs.Gain};
-        if (!BuildDiffractionTable(clr, slit, count, count, radial)) return false;
-        if (!MakeSquareTable(radial, inputs.Aspect, halo)) return false;
+        if (!BuildDiffractionTable(clr, slit, count, entries, radial)) return false;
+        if (!MakeSquareTable(radial, inputs.Aspect, inputs.Seen, halo)) return false;
         AddFringes(halo, inputs.Fringes, inputs.FringeGain, inputs.Aspect, random);
         return !AbortRequested();
     });
@@ -298,17 +309,18 @@ bool FlareTables<Real>::MakeStreaks(CLRK7& clr, const StreakInputs<Real>& inputs
 template <class Real>
 bool FlareTables<Real>::MakeGlow(const GlowInputs<Real>& inputs, Ran1& random) {
     return glow_.Make(inputs, random, [&](GlowKernel<Real>& glow) {
-        return BuildGlowKernel(inputs.Radius, inputs.Strength, inputs.Aspect, random, glow);
+        return BuildGlowKernel(inputs.Radius, inputs.Strength, inputs.Aspect, inputs.Seen, random, glow);
     });
 }
 
 #define K7_DIFFRACTION(Real)                                                                                 \
     template Real SlitIntensity(Real, Real, Real, Real, int);                                                \
     template bool BuildDiffractionTable(CLRK7&, const Grating<Real>&, int, int, DiffractionTable<Real>&);    \
-    template bool MakeSquareTable(const DiffractionTable<Real>&, float, HaloKernel<Real>&);                  \
+    template bool MakeSquareTable(const DiffractionTable<Real>&, float, const KernelReach&,                  \
+                                  HaloKernel<Real>&);                                                        \
     template void AddFringes(HaloKernel<Real>&, int, Real, float, Ran1&);                                    \
     template void MonoBlend(DiffractionTable<Real>&, Real, Real);                                            \
-    template bool BuildGlowKernel(Real, Real, float, Ran1&, GlowKernel<Real>&);                              \
+    template bool BuildGlowKernel(Real, Real, float, const KernelReach&, Ran1&, GlowKernel<Real>&);          \
     template class FlareTables<Real>;
 K7_DIFFRACTION(double)
 K7_DIFFRACTION(float)

@@ -4,6 +4,8 @@
 #include "frame/Random.h"
 #include "lens/clr.h"
 
+#include <algorithm>
+#include <limits>
 #include <type_traits>
 
 namespace k7 {
@@ -35,23 +37,38 @@ struct DiffractionTable {
     Buffer<DiffractionEntry<Real>> Entries; ///< the first ones, as many as were asked for
 };
 
-/// The same as a kernel of 2 Radius + 1 pixels a side, row after row.
-template <class Real>
-struct HaloKernel {
-    int Side() const { return 2 * Radius + 1; }
+/// How far from its light a picture can see a kernel, in pixels: no farther than from edge to edge.
+struct KernelReach {
+    int X = std::numeric_limits<int>::max();
+    int Y = std::numeric_limits<int>::max();
 
-    int Radius = 0;
-    Buffer<DiffractionEntry<Real>> Entries;
+    bool operator==(const KernelReach&) const = default;
 };
 
-/// A kernel of one weight for all channels.
-template <class Real>
-struct GlowKernel {
+/// What a light throws round itself: a square of 2 Radius + 1 pixels a side, of which the 2 Reach + 1 columns
+/// and rows round the centre are kept, row after row.
+template <class Cell>
+struct Kernel {
     int Side() const { return 2 * Radius + 1; }
+    int Columns() const { return 2 * Reach.X + 1; }
+    int Rows() const { return 2 * Reach.Y + 1; }
+    void SetSize(int radius, const KernelReach& seen) {
+        Radius = radius;
+        Reach = {std::min(radius, seen.X), std::min(radius, seen.Y)};
+    }
 
     int Radius = 0;
-    Buffer<Real> Weights;
+    KernelReach Reach{0, 0}; ///< no larger than Radius
+    Buffer<Cell> Cells;
 };
+
+/// Of gains for each channel.
+template <class Real>
+using HaloKernel = Kernel<DiffractionEntry<Real>>;
+
+/// Of one weight for all channels.
+template <class Real>
+using GlowKernel = Kernel<Real>;
 
 /// The most cells that a kernel may have (an 11585 pixel square, more than an 8K frame asks for at the
 /// ends of the sliders); a larger one counts as one for which there is no memory.
@@ -85,7 +102,8 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
 
 /// Turns the table round its axis, an entry for each pixel of radius; round also where pixels are not square.
 template <class Real>
-bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, HaloKernel<Real>& square);
+bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const KernelReach& seen,
+                     HaloKernel<Real>& square);
 
 /// Darkens a halo by `count` spokes from within to the rim; `strength` from 0 to 1 is the most one takes
 /// away.
@@ -99,7 +117,8 @@ void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain);
 
 /// A cone of noise, `radius` in pixels, whose weights add up to radius x strength.
 template <class Real>
-bool BuildGlowKernel(Real radius, Real strength, float aspect, Ran1& random, GlowKernel<Real>& glow);
+bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach& seen, Ran1& random,
+                     GlowKernel<Real>& glow);
 
 // The three tables of a flare, each with all that it is made from beside the generator.
 
@@ -110,6 +129,7 @@ struct HaloInputs {
     int Fringes;
     Real FringeGain;
     float Aspect;
+    KernelReach Seen{};
 
     bool operator==(const HaloInputs&) const = default;
 };
@@ -129,6 +149,7 @@ struct GlowInputs {
     Real Radius; ///< pixels
     Real Strength;
     float Aspect;
+    KernelReach Seen{};
 
     bool operator==(const GlowInputs&) const = default;
 };

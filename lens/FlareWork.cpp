@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numbers>
 
 namespace k7 {
@@ -85,6 +86,11 @@ float Lit(float sample, float flare) {
     return sample + flare;
 }
 
+/// The level from which the curve gives the same whatever is added.
+template <class Real, class Sample>
+constexpr Real kWhite = SampleTraits<Sample>::kWords ? Real(kContrastEntries)
+                                                     : std::numeric_limits<Real>::infinity();
+
 /// A ghost dimmer than this has nothing to show: truncation leaves nothing of words, and of floats it is far
 /// below what any format keeps of a picture.
 template <class Real, class Sample>
@@ -138,12 +144,13 @@ StreakSetup<Real> FlareWork<Real>::Setup() const {
 template <class Real>
 bool FlareWork<Real>::MakeTables() {
     const int angles = Trunc(WorkStreakLength * Real(2));
+    const KernelReach seen = {Width - 1, Height - 1};
     const bool made =
         MakeContrastTable() &&
-        tables_.MakeHalo(*this, {WorkAperture, WorkHaloGain, WorkFringes, WorkFringeGain, Aspect},
+        tables_.MakeHalo(*this, {WorkAperture, WorkHaloGain, WorkFringes, WorkFringeGain, Aspect, seen},
                          randomState_) &&
         tables_.MakeStreaks(*this, {angles, StreakEntries(Setup()), WorkStreakGain, WorkMono}) &&
-        tables_.MakeGlow({WorkGlowRadius, WorkGlowGain, Aspect}, randomState_);
+        tables_.MakeGlow({WorkGlowRadius, WorkGlowGain, Aspect, seen}, randomState_);
     if (made) FillStreakRandom();
     return made;
 }
@@ -213,7 +220,7 @@ void FlareWork<Real>::ThrowLights(PluginK7& core, const PictureK7<Sample>& backg
                                   const PictureK7<Sample>& output) {
     // Where no light comes the frame is the background already, unless the curve lifts darkness itself.
     const bool whole = contrastTable_[0] != 0;
-    if (!accumulation_.Prepare(lights_, tables_, Setup(), streakRandom_, whole)) return;
+    if (!accumulation_.Prepare(lights_, tables_, Setup(), streakRandom_, whole, kWhite<Real, Sample>)) return;
     const int rows = accumulation_.Box().Height();
     RunRows(core, rows, [&](int first, int last) { accumulation_.AccumulateLights(first, last); });
     RunRows(core, rows, [&](int first, int last) { CombineRows(background, output, first, last); });

@@ -14,21 +14,22 @@ namespace {
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;
 constexpr std::size_t kLeastBandRows = 8;
 
-/// Adds a light to the part of a kernel round it that falls on the frame's columns and a worker's rows. A
-/// kernel is gains row after row, one for each channel or one for all.
+/// Adds a light to the part of a kernel round it that falls on the frame's columns and a worker's rows. Its
+/// gains are one for each channel or one for all.
 template <class Real, class Gain>
-K7_ALWAYS_INLINE void AddRows(const Light& light, int radius, const Gain* kernel,
-                              const LightPlanes<Real>& planes, int width, int first, int last) {
+K7_ALWAYS_INLINE void AddRows(const Light& light, const Kernel<Gain>& kernel, const LightPlanes<Real>& planes,
+                              int width, int first, int last) {
     using Four = Lanes<Real>;
     const typename Four::Vector words = {static_cast<Real>(light.R), static_cast<Real>(light.G),
                                          static_cast<Real>(light.B), 0};
-    const int left = std::max(0, light.X - radius);
-    const int right = std::min(width - 1, light.X + radius);
-    const int top = std::min(last, light.Y + radius);
-    for (int y = std::max(first, light.Y - radius); y <= top; ++y) {
-        const std::size_t kernelRow = static_cast<std::size_t>(y - light.Y + radius);
-        const Gain* gain = kernel + kernelRow * static_cast<std::size_t>(2 * radius + 1) +
-                           static_cast<std::size_t>(left - light.X + radius);
+    const KernelReach reach = kernel.Reach;
+    const int left = std::max(0, light.X - reach.X);
+    const int right = std::min(width - 1, light.X + reach.X);
+    const int top = std::min(last, light.Y + reach.Y);
+    for (int y = std::max(first, light.Y - reach.Y); y <= top; ++y) {
+        const std::size_t kernelRow = static_cast<std::size_t>(y - light.Y + reach.Y);
+        const Gain* gain = kernel.Cells.begin() + kernelRow * static_cast<std::size_t>(kernel.Columns()) +
+                           static_cast<std::size_t>(left - light.X + reach.X);
         LightSum<Real>* cell = &planes.At(left, y);
         for (int x = left; x <= right; ++x, ++cell, ++gain) {
             if constexpr (std::is_same_v<Gain, Real>)
@@ -42,21 +43,21 @@ K7_ALWAYS_INLINE void AddRows(const Light& light, int radius, const Gain* kernel
 // Cells of doubles fill a wide vector register, those of floats have no use for one.
 
 template <class Gain>
-void AddKernel(const Light& light, int radius, const Gain* kernel, const LightPlanes<float>& planes,
-               int width, int first, int last) {
-    AddRows(light, radius, kernel, planes, width, first, last);
+void AddKernel(const Light& light, const Kernel<Gain>& kernel, const LightPlanes<float>& planes, int width,
+               int first, int last) {
+    AddRows(light, kernel, planes, width, first, last);
 }
 
 K7_WIDE_VECTORS
-void AddKernel(const Light& light, int radius, const DiffractionEntry<double>* kernel,
-               const LightPlanes<double>& planes, int width, int first, int last) {
-    AddRows(light, radius, kernel, planes, width, first, last);
+void AddKernel(const Light& light, const HaloKernel<double>& kernel, const LightPlanes<double>& planes,
+               int width, int first, int last) {
+    AddRows(light, kernel, planes, width, first, last);
 }
 
 K7_WIDE_VECTORS
-void AddKernel(const Light& light, int radius, const double* kernel, const LightPlanes<double>& planes,
+void AddKernel(const Light& light, const GlowKernel<double>& kernel, const LightPlanes<double>& planes,
                int width, int first, int last) {
-    AddRows(light, radius, kernel, planes, width, first, last);
+    AddRows(light, kernel, planes, width, first, last);
 }
 
 } // namespace
@@ -64,9 +65,10 @@ void AddKernel(const Light& light, int radius, const double* kernel, const Light
 template <class Real>
 bool LightAccumulation<Real>::Prepare(const LightList& lights, const FlareTables<Real>& tables,
                                       const StreakSetup<Real>& streaks, const StreakPairs<Real>& pairs,
-                                      bool whole) {
+                                      bool whole, Real white) {
     lights_ = &lights;
     tables_ = &tables;
+    white_ = white;
     frame_ = {0, 0, streaks.Width, streaks.Height};
     if (!streaks_.Prepare(streaks, pairs, tables.Streaks(), lights.Bounds())) return false;
     box_ = whole ? frame_ : Reach();
@@ -86,9 +88,9 @@ template <class Real>
 PixelBox LightAccumulation<Real>::Reach() const {
     PixelBox box = lights_->Bounds();
     if (lights_->size() == 0) return box;
-    const int kernel = std::max(tables_->Halo().Radius, tables_->Glow().Radius);
-    const std::int64_t x = std::max(kernel, streaks_.ReachX());
-    const std::int64_t y = std::max(kernel, streaks_.ReachY());
+    const KernelReach halo = tables_->Halo().Reach, glow = tables_->Glow().Reach;
+    const std::int64_t x = std::max({halo.X, glow.X, streaks_.ReachX()});
+    const std::int64_t y = std::max({halo.Y, glow.Y, streaks_.ReachY()});
     box.Left = static_cast<int>(std::max<std::int64_t>(box.Left - x, frame_.Left));
     box.Right = static_cast<int>(std::min<std::int64_t>(box.Right + x, frame_.Right));
     box.Bottom = static_cast<int>(std::max<std::int64_t>(box.Bottom - y, frame_.Bottom));
@@ -111,13 +113,24 @@ void LightAccumulation<Real>::AccumulateBand(int first, int last) {
     const LightPlanes<Real> planes = Planes();
     std::fill(&planes.At(box_.Left, first), &planes.At(box_.Left, last) + box_.Width(), LightSum<Real>{});
 
-    const HaloKernel<Real>& halo = tables_->Halo();
-    const GlowKernel<Real>& glow = tables_->Glow();
+    // Sums only grow. Rows in which all cells are white are done with; on a bright map that is most of the
+    // work.
+    const LightSum<Real>* unsaturated = &planes.At(box_.Left, first);
+    const LightSum<Real>* const end = &planes.At(box_.Left, last) + box_.Width();
+    const auto isWhite = [white = white_](const LightSum<Real>& cell) {
+        return cell.R >= white && cell.G >= white && cell.B >= white;
+    };
+    const int bottom = first;
     for (const Light& light : *lights_) {
         if (AbortRequested()) return;
-        AddKernel(light, halo.Radius, halo.Entries.data(), planes, frame_.Right, first, last);
+        if (isWhite(*unsaturated)) {
+            unsaturated = std::find_if_not(unsaturated, end, isWhite);
+            if (unsaturated == end) return;
+            first = bottom + static_cast<int>((unsaturated - &planes.At(box_.Left, bottom)) / box_.Width());
+        }
+        AddKernel(light, tables_->Halo(), planes, frame_.Right, first, last);
         streaks_.Add(light, planes, first, last);
-        AddKernel(light, glow.Radius, glow.Weights.data(), planes, frame_.Right, first, last);
+        AddKernel(light, tables_->Glow(), planes, frame_.Right, first, last);
     }
 }
 

@@ -5,6 +5,8 @@
 #include "lens/Lights.h"
 #include "lens/Streaks.h"
 
+#include <limits>
+
 namespace k7 {
 
 /// Scatters lights into planes. Workers share it by rows of the planes: each goes through all lights and
@@ -14,9 +16,11 @@ template <class Real>
 class LightAccumulation {
 public:
     /// Readies a frame. The lights and tables stay with the caller until it is done. The planes cover what
-    /// the lights reach, or with `whole` the frame. False without memory.
+    /// the lights reach, or with `whole` the frame. A cell whose channels have all come to `white` need not
+    /// grow further. False without memory.
     [[nodiscard]] bool Prepare(const LightList& lights, const FlareTables<Real>& tables,
-                               const StreakSetup<Real>& streaks, const StreakPairs<Real>& pairs, bool whole);
+                               const StreakSetup<Real>& streaks, const StreakPairs<Real>& pairs, bool whole,
+                               Real white = std::numeric_limits<Real>::infinity());
 
     /// Gives back what Prepare has made.
     void Free();
@@ -36,6 +40,7 @@ private:
     const LightList* lights_ = nullptr;
     const FlareTables<Real>* tables_ = nullptr;
     StreakSet<Real> streaks_;
+    Real white_ = 0;
     PixelBox frame_{};
     PixelBox box_{};
     ImageBuffer<LightSum<Real>> cells_;

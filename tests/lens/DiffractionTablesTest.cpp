@@ -39,14 +39,14 @@ DiffractionTable<Real> RadialHalo(Real aperture, Real gain = 1) {
 template <class Real>
 HaloKernel<Real> Square(const DiffractionTable<Real>& radial, float aspect) {
     HaloKernel<Real> square;
-    EXPECT_TRUE(MakeSquareTable(radial, aspect, square));
+    EXPECT_TRUE(MakeSquareTable(radial, aspect, {}, square));
     return square;
 }
 
-template <class Real>
-const DiffractionEntry<Real>& At(const HaloKernel<Real>& square, int dx, int dy) {
-    const int row = dy + square.Radius;
-    return square.Entries[static_cast<std::size_t>(row * square.Side() + dx + square.Radius)];
+template <class Cell>
+const Cell& At(const Kernel<Cell>& kernel, int dx, int dy) {
+    const int row = dy + kernel.Reach.Y;
+    return kernel.Cells[static_cast<std::size_t>(row * kernel.Columns() + dx + kernel.Reach.X)];
 }
 
 template <class Real>
@@ -140,19 +140,19 @@ TYPED_TEST(Diffraction, FringesDarkenFromWithinToTheRim) {
             AddFringes(halo, count, static_cast<Real>(strength), aspect, random);
             return halo;
         };
-        EXPECT_TRUE(SameBytes(fringed(0, 1).Entries, plain.Entries));
+        EXPECT_TRUE(SameBytes(fringed(0, 1).Cells, plain.Cells));
         EXPECT_EQ(random, Seeded());
         const auto weak = fringed(30, -3);
         const auto full = fringed(30, 1);
-        EXPECT_TRUE(SameBytes(full.Entries, fringed(30, 7).Entries));
+        EXPECT_TRUE(SameBytes(full.Cells, fringed(30, 7).Cells));
 
         int darker = 0;
-        for (std::size_t i = 0; i < plain.Entries.size(); ++i) {
-            EXPECT_EQ(weak.Entries[i].R, plain.Entries[i].R);
-            EXPECT_GE(full.Entries[i].R, 0.0);
-            EXPECT_LE(full.Entries[i].R, plain.Entries[i].R);
-            EXPECT_GE(full.Entries[i].Shade, 0.0);
-            darker += full.Entries[i].R < plain.Entries[i].R;
+        for (std::size_t i = 0; i < plain.Cells.size(); ++i) {
+            EXPECT_EQ(weak.Cells[i].R, plain.Cells[i].R);
+            EXPECT_GE(full.Cells[i].R, 0.0);
+            EXPECT_LE(full.Cells[i].R, plain.Cells[i].R);
+            EXPECT_GE(full.Cells[i].Shade, 0.0);
+            darker += full.Cells[i].R < plain.Cells[i].R;
         }
         EXPECT_GT(darker, 30);
         EXPECT_EQ(At(full, 0, 0).Shade, 0.0) << "the middle stays";
@@ -171,7 +171,7 @@ TYPED_TEST(Diffraction, TheSmallestHalosHoldNumbers) {
             EXPECT_EQ(halo.Side(), 2 * n + 1);
             Ran1 random = Seeded();
             AddFringes<Real>(halo, 500, 1, aspect, random);
-            for (const auto& entry : halo.Entries) {
+            for (const auto& entry : halo.Cells) {
                 const Real light = entry.R + entry.G + entry.B;
                 EXPECT_TRUE(n == 1 ? light == 0 : std::isfinite(light)); // one entry is the dark rim
                 EXPECT_TRUE(std::isfinite(entry.Shade));
@@ -205,19 +205,20 @@ TYPED_TEST(Diffraction, GlowAddsUpToRadiusTimesStrength) {
         for (float aspect : {1.0f, 0.5f, 2.0f}) {
             GlowKernel<TypeParam> glow;
             Ran1 random = Seeded();
-            ASSERT_TRUE(BuildGlowKernel<TypeParam>(static_cast<TypeParam>(radius), 40, aspect, random, glow));
+            ASSERT_TRUE(
+                BuildGlowKernel<TypeParam>(static_cast<TypeParam>(radius), 40, aspect, {}, random, glow));
             EXPECT_EQ(glow.Radius, std::max(1, static_cast<int>(std::ceil(radius))));
             double sum = 0.0;
-            for (double weight : glow.Weights) sum += weight;
+            for (double weight : glow.Cells) sum += weight;
             EXPECT_NEAR(sum, std::max(radius, 0.01) * 40, 1e-2);
             Ran1 counted = Seeded();
-            for (std::size_t i = 0; i < glow.Weights.size(); ++i) counted();
+            for (std::size_t i = 0; i < glow.Cells.size(); ++i) counted();
             EXPECT_EQ(random, counted) << "a draw for every cell";
         }
     GlowKernel<TypeParam> point;
     Ran1 random = Seeded();
-    ASSERT_TRUE(BuildGlowKernel<TypeParam>(static_cast<TypeParam>(0.005), 1, 1.0f, random, point));
-    for (std::size_t i = 0; i < 9; ++i) EXPECT_EQ(point.Weights[i] > 0, i == 4);
+    ASSERT_TRUE(BuildGlowKernel<TypeParam>(static_cast<TypeParam>(0.005), 1, 1.0f, {}, random, point));
+    for (std::size_t i = 0; i < 9; ++i) EXPECT_EQ(point.Cells[i] > 0, i == 4);
 }
 
 TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
@@ -231,16 +232,44 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
         return random;
     };
     const Ran1 first = make(kept);
-    const auto* haloCells = kept.Halo().Entries.data();
-    const auto* glowCells = kept.Glow().Weights.data();
+    const auto* haloCells = kept.Halo().Cells.data();
+    const auto* glowCells = kept.Glow().Cells.data();
     EXPECT_EQ(make(kept), first);
-    EXPECT_EQ(kept.Halo().Entries.data(), haloCells);
-    EXPECT_EQ(kept.Glow().Weights.data(), glowCells);
+    EXPECT_EQ(kept.Halo().Cells.data(), haloCells);
+    EXPECT_EQ(kept.Glow().Cells.data(), glowCells);
 
     halo.Fringes = 19; // fewer draws, which moves the noise of the glow too
     EXPECT_EQ(make(kept), make(anew));
-    EXPECT_TRUE(SameBytes(kept.Halo().Entries, anew.Halo().Entries));
-    EXPECT_TRUE(SameBytes(kept.Glow().Weights, anew.Glow().Weights));
+    EXPECT_TRUE(SameBytes(kept.Halo().Cells, anew.Halo().Cells));
+    EXPECT_TRUE(SameBytes(kept.Glow().Cells, anew.Glow().Cells));
+}
+
+TYPED_TEST(Diffraction, APictureKeepsThePartOfAKernelThatItSees) {
+    using Real = TypeParam;
+    CLRK7 clr;
+    for (float aspect : {1.0f, 0.5f, 2.0f})
+        for (KernelReach seen : {KernelReach{7, 30}, KernelReach{60, 3}, KernelReach{0, 0}}) {
+            FlareTables<Real> whole, part;
+            Ran1 drawn = Seeded(), drawnToo = Seeded();
+            const auto make = [&](FlareTables<Real>& tables, KernelReach reach, Ran1& random) {
+                EXPECT_TRUE(tables.MakeHalo(clr, {1, 5, 300, static_cast<Real>(0.9), aspect, reach}, random));
+                EXPECT_TRUE(tables.MakeGlow({50, 40, aspect, reach}, random));
+            };
+            make(whole, {}, drawn);
+            make(part, seen, drawnToo);
+            EXPECT_EQ(drawn, drawnToo);
+            const auto expectPart = [&](const auto& all, const auto& kept) {
+                EXPECT_EQ(kept.Reach,
+                          (KernelReach{std::min(seen.X, all.Radius), std::min(seen.Y, all.Radius)}));
+                for (int dy = -kept.Reach.Y; dy <= kept.Reach.Y; ++dy)
+                    EXPECT_EQ(std::memcmp(&At(kept, -kept.Reach.X, dy), &At(all, -kept.Reach.X, dy),
+                                          static_cast<std::size_t>(kept.Columns()) * sizeof(kept.Cells[0])),
+                              0)
+                        << "row " << dy;
+            };
+            expectPart(whole.Halo(), part.Halo());
+            expectPart(whole.Glow(), part.Glow());
+        }
 }
 
 TYPED_TEST(Diffraction, RadiusFollowsTheAperture) {

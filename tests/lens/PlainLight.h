@@ -29,12 +29,12 @@ public:
                 const u16* words = map.Rows[y] + 4 * x;
                 if (!words[0] && !words[1] && !words[2]) continue;
                 AddKernel(x, y, words, tables.Halo().Radius,
-                          [&](int i, int c) { return Channel(tables.Halo().Entries, i, c); });
+                          [&](int i, int c) { return Channel(tables.Halo().Cells, i, c); });
                 for (int k = 0; k < setup.Count; ++k)
                     for (int arm = 0; arm < 2; ++arm)
                         AddArm(x, y, words, pairs[static_cast<std::size_t>(k)], arm);
                 AddKernel(x, y, words, tables.Glow().Radius,
-                          [&](int i, int) { return tables.Glow().Weights[static_cast<std::size_t>(i)]; });
+                          [&](int i, int) { return tables.Glow().Cells[static_cast<std::size_t>(i)]; });
             }
     }
 
