@@ -118,9 +118,10 @@ bool FlareSpot::LoadUserLens() {
     const std::string path = LensFilePath(LensDirectory, FileControl.Value);
     const LensFileResult result = ReadLensFile(path, &UserLens);
     if (result == LensFileResult::Read) return true;
-    ReportMessage(result == LensFileResult::OpenFailed
-                      ? "Lens file OPEN failed! using a standard lens......\n"
-                      : "Lens file READ failed! using a standard lens......\n");
+    const std::string failure = result == LensFileResult::OpenFailed
+                                    ? "Lens file OPEN failed! using a standard lens......\n"
+                                    : "Lens file READ failed! using a standard lens......\n";
+    ReportMessage((failure + path).c_str());
     LensControl.Set(Time, 1);
     return false;
 }

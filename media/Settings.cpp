@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <vector>
 
@@ -121,6 +122,15 @@ void SetText(Input& control, const std::string& text) {
     control.SetSource(value.get(), host::kTimeNow, 1, nullptr);
 }
 
+/// The full path of a file that lies in the working folder or below; any other text as it is. Tools look for
+/// plain names in a data folder of their own.
+std::string FromWorkingFolder(const std::string& text) {
+    std::error_code error;
+    const std::filesystem::path path(text);
+    const bool here = path.is_relative() && std::filesystem::is_regular_file(path, error);
+    return here ? std::filesystem::absolute(path, error).string() : text;
+}
+
 /// What a control makes of a number that it does not take as it is.
 std::string Changed(const Input& control, const Curve& wanted) {
     if (control.DataType() != Type::Number) return "";
@@ -206,7 +216,7 @@ std::string ApplySetting(host::Operator& op, const std::string& setting) {
     const std::string value = setting.substr(equals + 1);
     if (control.DataType() == Type::Text) {
         if (!IsUtf8(value)) throw UsageError("the text for " + KeyOf(control) + " is not UTF-8");
-        SetText(control, value);
+        SetText(control, FromWorkingFolder(value));
         return "";
     }
     const Curve wanted = ParseCurve(control, value);
