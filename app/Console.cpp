@@ -133,6 +133,10 @@ void Console::Warn(const std::string& text) {
     DrawBar();
 }
 
+void Console::Hint(const std::string& text) {
+    if (style_ == Style::Bar) std::fprintf(screen_, "k7: hint: %s\n", OneLine(text).c_str());
+}
+
 void Console::DrawBar() const {
     if (style_ != Style::Bar) return;
     constexpr int kWidth = 30;

@@ -41,6 +41,8 @@ public:
     /// Writes the farm's lines and the warnings into a file too, with times. Throws std::runtime_error.
     void LogTo(const std::string& path);
 
+    /// Tells a user at a terminal what may be a surprise.
+    void Hint(const std::string& text);
     /// Tells each text once a run.
     void Warn(const std::string& text);
 

@@ -4,8 +4,11 @@
 #include "app/PictureOptions.h"
 #include "app/StackOptions.h"
 #include "host/Application.h"
+#include "host/Idle.h"
 #include "media/Errors.h"
+#include "media/PlugIns.h"
 #include "media/RenderRun.h"
+#include "media/Settings.h"
 #include "media/Stack.h"
 #include "media/Words.h"
 
@@ -38,6 +41,35 @@ std::uint64_t ParseSize(const std::string& text) {
     return static_cast<std::uint64_t>(*number * static_cast<double>(std::uint64_t{1} << shift));
 }
 
+/// A first frame that does not show the tool's effect is no fault, but seldom what was meant.
+void TellSurprises(const host::Operator& op, int frame, Console& console) {
+    if (host::IsIdle(op, frame))
+        console.Hint(PlainName(*op.Class()) + " leaves the picture as it is with these settings");
+    if (const host::Input* aid = host::AidShown(op, frame))
+        console.Hint(PlainName(*op.Class()) + " shows an aid in place of its effect: see " + aid->Name() +
+                     ", as in -s " + KeyOf(*aid) + "=0");
+}
+
+/// Tells before hours of work which frames will fail for want of a picture.
+void TellMissing(const Clip& clip, const std::vector<int>& frames, int shift, Console& console) {
+    std::vector<FrameSpan> gaps;
+    int count = 0;
+    for (int frame : frames) {
+        if (clip.Has(frame + shift)) continue;
+        ++count;
+        if (!gaps.empty() && gaps.back().last + 1 == frame + shift)
+            ++gaps.back().last;
+        else
+            gaps.push_back({frame + shift, frame + shift});
+    }
+    if (gaps.empty() || frames.size() == 1) return;
+    constexpr std::size_t kMostTold = 8;
+    std::string text = std::to_string(count) + (count == 1 ? " frame" : " frames") + " of the clip missing:";
+    for (std::size_t i = 0; i < std::min(gaps.size(), kMostTold); ++i)
+        text += (i ? ", " : " ") + Describe(gaps[i]);
+    console.Warn(text + (gaps.size() > kMostTold ? ", ..." : ""));
+}
+
 class RenderCommand : public Command {
 public:
     explicit RenderCommand(CLI::App& k7)
@@ -46,29 +78,9 @@ public:
         tools_.AddTo(line);
         line.add_option("-o,--output", output_, "FILE to write; %04d or #### stand for the frame's number")
             ->required();
-        line.add_option("-f,--frames", frames_, "FRAMES to render: 7, 1-100, 1-100x5, divided by commas");
-        line.add_option("-t,--threads", run_.threads,
-                        "Most threads that work, and the processors that tools are told of")
-            ->check(CLI::Range(1, 4096));
-        line.add_option("--jobs", run_.jobs,
-                        "Frames in progress at once; left out, what cores and memory allow")
-            ->check(CLI::Range(1, 1024));
-        line.add_option("--memory", memory_,
-                        "SIZE that jobs may take, as 8G or 512M; left out, half of the machine's");
-        line.add_option("--shift", run_.shift, "N: the file of frame n holds the tool's frame n + N")
-            ->check(CLI::Range(-1000000, 1000000));
-        line.add_option("--extent", extent_, "A-B: first and last frame of the clip");
-        line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
-        line.add_option("--missing", missing_, "What to do where a frame is not there: error, hold or black");
-        line.add_flag("--stop-at-error", run_.stopAtError, "Begin no frame after one has failed");
-        line.add_flag("--skip-existing", run_.skipExisting,
-                      "Leave frames alone whose files are there and can be read");
-        line.add_flag("--no-mkdir", noFolder_, "Fail where the folder of the output is missing");
-        line.add_option("--log", logFile_, "FILE for the lines of the run and its warnings, with times");
-        line.add_flag("--quiet", quiet_, "Print only warnings and errors");
-        line.add_option("--progress", progress_, "openjd: progress in the lines of Open Job Description")
-            ->check(CLI::IsMember({"openjd"}));
-        line.add_flag("--stats", stats_, "Print at the end what reading, computing and writing took");
+        AddFrameOptions();
+        AddSpeedOptions();
+        AddReportOptions();
         pictures_.AddTo(line, true);
     }
 
@@ -86,6 +98,9 @@ public:
         Console console(style, static_cast<int>(frames.size()), *least, *most);
         if (!logFile_.empty()) console.LogTo(logFile_);
         tools_.Apply(stack, pictures_.Working(), frames.front(), console);
+        for (std::size_t i = 0; i < stack.Size(); ++i) TellSurprises(stack.Op(i), frames.front(), console);
+        if (ParseMissing(missing_) == Missing::Error && stack.MainClip().IsSequence())
+            TellMissing(stack.MainClip(), frames, run_.shift, console);
         const int code = Render(stack, frames, console);
         tools_.Save(stack);
         return code;
@@ -93,6 +108,46 @@ public:
     bool PrintsResult() const override { return false; }
 
 private:
+    void AddFrameOptions() {
+        const auto add = [](CLI::Option* option) { return option->group("Frames"); };
+        CLI::App& line = *Line();
+        add(line.add_option("-f,--frames", frames_,
+                            "FRAMES to render: 7, 1-100, 1-100x5, divided by commas"));
+        add(line.add_option("--shift", run_.shift, "N: the file of frame n holds the tool's frame n + N"))
+            ->check(CLI::Range(-1000000, 1000000));
+        add(line.add_option("--extent", extent_, "A-B: first and last frame of the clip"));
+        add(line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel"));
+        add(line.add_option("--missing", missing_,
+                            "What to do where a frame is not there: error, hold or black"));
+        add(line.add_flag("--skip-existing", run_.skipExisting,
+                          "Leave frames alone whose files are there and can be read"));
+        add(line.add_flag("--stop-at-error", run_.stopAtError, "Begin no frame after one has failed"));
+        add(line.add_flag("--no-mkdir", noFolder_, "Fail where the folder of the output is missing"));
+    }
+
+    void AddSpeedOptions() {
+        const auto add = [](CLI::Option* option) { return option->group("Speed"); };
+        CLI::App& line = *Line();
+        add(line.add_option("--jobs", run_.jobs,
+                            "Frames in progress at once; left out, what cores and memory allow"))
+            ->check(CLI::Range(1, 1024));
+        add(line.add_option("-t,--threads", run_.threads,
+                            "Most threads that work, and the processors that tools are told of"))
+            ->check(CLI::Range(1, 4096));
+        add(line.add_option("--memory", memory_,
+                            "SIZE that jobs may take, as 8G or 512M; left out, half of the machine's"));
+    }
+
+    void AddReportOptions() {
+        const auto add = [](CLI::Option* option) { return option->group("Reports"); };
+        CLI::App& line = *Line();
+        add(line.add_flag("--quiet", quiet_, "Print only warnings and errors"));
+        add(line.add_option("--log", logFile_, "FILE for the lines of the run and its warnings, with times"));
+        add(line.add_option("--progress", progress_, "openjd: progress in the lines of Open Job Description"))
+            ->check(CLI::IsMember({"openjd"}));
+        add(line.add_flag("--stats", stats_, "Print at the end what reading, computing and writing took"));
+    }
+
     /// Renders all frames and lists the failures on standard error. The program's exit code.
     int Render(Stack& stack, const std::vector<int>& frames, Console& console) {
         run_.writing = pictures_.Writing();

@@ -34,6 +34,7 @@ inline constexpr Tag kTagMainLink = 0x10020001;  ///< number of an image among t
 inline constexpr Tag kTagOptional = 0x10030002;  ///< set to 0 on an image input that may stay empty
 inline constexpr Tag kTagPixels = 0x10030022;    ///< 1: a length in pixels of the frame
 inline constexpr Tag kTagIdleAt = 0x20030023; ///< a tool whose own inputs all have this gives its main image
+inline constexpr Tag kTagAidAt = 0x20030024;  ///< at this value frames show an aid, not the effect
 inline constexpr Tag kTagCommon = 0x10030010; ///< set to 0 on an input that every tool has
 
 // Operators.

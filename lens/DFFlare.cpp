@@ -25,6 +25,7 @@ private:
     void AddLightControls() {
         Page("K7 Flare");
         Add(core_.LightMapOnly, {"Light Map Only", "LMOn", kChange | kUnmirrored}, Check{1});
+        AidAt(core_.LightMapOnly, 1);
         Add(core_.Centre, {"Centre", "Cent"}, Offset{0.2, 0.3});
         Add(core_.MatchScales, {"Match Scales", "Mtch", kChange | kUnmirrored}, Check{3});
         Add(core_.ScaleX, {"Scale X", "XSca"}, Slider{0.2, 0.01, 2.0});

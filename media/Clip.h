@@ -37,6 +37,8 @@ public:
          const ReadOptions& options = {});
 
     bool IsSequence() const { return source_->IsSequence(); }
+    /// Whether there is a picture for a frame.
+    bool Has(int frame) const { return source_->Has(frame); }
     std::string NameOf(int frame) const { return source_->NameOf(frame); }
     std::vector<std::string> Files() const { return source_->Files(); }
     /// First and last frame; nothing for a single picture and for a sequence without a file.

@@ -1,6 +1,6 @@
 // What an instance answers to the host's questions, and to its changes.
 
-#include "host/Tags.h"
+#include "host/Idle.h"
 #include "ofx/Instance.h"
 #include "ofx/Names.h"
 
@@ -94,34 +94,9 @@ Status Instance::TellPreferences(const Properties& answers) {
     return kOk;
 }
 
-namespace {
-
-bool IsIdleAt(Input& input, double time) {
-    const host::Ref<host::Parameter> value(input.GetSource(time));
-    const auto* number = dynamic_cast<const host::Number*>(value.get());
-    return number && number->Value == input.GetAttrD(host::kTagIdleAt);
-}
-
-/// Where all of the tool's own inputs that can make it idle do so, or one of the common inputs does. The
-/// latter stop no tool whose frames write controls.
-bool IsIdle(const host::Operator& op, double time) {
-    int own = 0, idle = 0;
-    for (Input* input : op.Inputs()) {
-        if (!input->HasAttr(host::kTagIdleAt)) continue;
-        const bool isIdle = IsIdleAt(*input, time);
-        if (!input->HasAttr(host::kTagCommon))
-            ++own, idle += isIdle;
-        else if (isIdle && !op.Class()->HasAttr(host::kTagRegWritesControls))
-            return true;
-    }
-    return own > 0 && own == idle;
-}
-
-} // namespace
-
 Status Instance::TellIdentity(const Properties& arguments, const Properties& answers) {
     const double time = arguments.Get(kPropTime, 0.0);
-    if (!IsIdle(*operator_, time)) return kReplyDefault;
+    if (!host::IsIdle(*operator_, time)) return kReplyDefault;
     answers.Set(kPropName, kSource);
     answers.Set(kPropTime, time);
     return kOk;

@@ -105,6 +105,8 @@ protected:
     static void InPixels(const ControlK7& control);
     /// The effect gives its main picture as it is where all controls of which this is said have their value.
     static void IdleAt(const ControlK7& control, double value);
+    /// The effect shows an aid, as its light map, in place of its work where the control has this value.
+    static void AidAt(const ControlK7& control, double value);
 
     void AddMainImage(ImageInputK7& slot, const char* name);
     void AddSecondImage(ImageInputK7& slot, const char* name, SecondImage use);

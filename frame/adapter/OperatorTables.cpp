@@ -149,6 +149,10 @@ void OperatorK7::IdleAt(const ControlK7& control, double value) {
     InputOf(control)->SetAttrs({{kTagIdleAt, value}});
 }
 
+void OperatorK7::AidAt(const ControlK7& control, double value) {
+    InputOf(control)->SetAttrs({{kTagAidAt, value}});
+}
+
 Input* OperatorK7::NewImageInput(const char* name, int number, bool optional) {
     TagList tags{{kTagDataType, FuID("Image")}, {kTagMainLink, number}};
     if (optional) tags.Add({kTagOptional, 0});
