@@ -55,6 +55,9 @@ public:
     /// From a tool to the next one.
     ToolFeed(host::Operator& from, const host::Operator& to) : operator_(from), next_(to) {}
 
+    /// Drops the frames that are kept. Not while one is asked for.
+    void Forget() { kept_.clear(); }
+
 protected:
     host::Image* Give(double time) override;
 

@@ -22,12 +22,10 @@ host::Input& FloatSwitch(const host::Operator& op) {
     return FindControl(op, "FloatPictures");
 }
 
-/// The settings of each tool in what was saved of one or of several.
-std::vector<json> SavedTools(const json& saved) {
-    if (!saved.is_object()) throw UsageError("the settings are not as k7 writes them");
-    if (!saved.contains("tools")) return {saved};
-    const json& tools = saved["tools"];
-    if (!tools.is_array() || tools.empty()) throw UsageError("\"tools\" is no list of tools");
+std::vector<json> ToolsThatAreOn(const json& saved) {
+    std::vector<json> tools = SavedTools(saved);
+    std::erase_if(tools, [](const json& tool) { return !IsOn(tool); });
+    if (tools.empty()) throw UsageError("all tools of these settings are switched off");
     return tools;
 }
 
@@ -199,6 +197,10 @@ std::string Stack::TakeErrors() const {
     return first;
 }
 
+void Stack::Forget(std::size_t from) {
+    for (std::size_t i = from + 1; i < Size(); ++i) stages_[i].before->Forget();
+}
+
 std::shared_ptr<host::Image> Stack::Render(int frame) {
     MainClip().At(frame); // tools run only where the main picture is there
     document_.CurrentTime = frame;
@@ -223,18 +225,35 @@ ordered_json SaveStack(const Stack& stack) {
     return {{"tools", tools}};
 }
 
+std::vector<json> SavedTools(const json& saved) {
+    if (!saved.is_object()) throw UsageError("the settings are not as k7 writes them");
+    if (!saved.contains("tools")) return {saved};
+    const json& tools = saved["tools"];
+    if (!tools.is_array() || tools.empty()) throw UsageError("\"tools\" is no list of tools");
+    for (std::size_t i = 0; i < tools.size(); ++i)
+        if (!tools[i].is_object() || !tools[i].contains("tool") || !tools[i]["tool"].is_string())
+            throw UsageError("tool " + std::to_string(i + 1) + " has no name under \"tool\"");
+    return tools;
+}
+
+host::Registry& ToolOf(const json& element) {
+    if (!element.contains("tool") || !element["tool"].is_string())
+        throw UsageError("the settings have no name under \"tool\"");
+    return FindTool(element["tool"].get<std::string>());
+}
+
+bool IsOn(const json& element) {
+    return !element.contains("on") || element["on"] != false;
+}
+
 std::vector<host::Registry*> ToolsOf(const json& saved) {
     std::vector<host::Registry*> tools;
-    for (const json& tool : SavedTools(saved)) {
-        if (!tool.is_object() || !tool.contains("tool") || !tool["tool"].is_string())
-            throw UsageError("tool " + std::to_string(tools.size() + 1) + " has no name under \"tool\"");
-        tools.push_back(&FindTool(tool["tool"].get<std::string>()));
-    }
+    for (const json& tool : ToolsThatAreOn(saved)) tools.push_back(&ToolOf(tool));
     return tools;
 }
 
 void RestoreStack(Stack& stack, const json& saved) {
-    const std::vector<json> tools = SavedTools(saved);
+    const std::vector<json> tools = ToolsThatAreOn(saved);
     if (tools.size() != stack.Size())
         throw UsageError("the settings are of " + std::to_string(tools.size()) + " tools, not of " +
                          std::to_string(stack.Size()));

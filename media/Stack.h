@@ -68,6 +68,10 @@ public:
     /// The tools have pictures from `first` to `last`.
     void SetExtent(const FrameSpan& span);
 
+    /// Something has changed that the frames of this tool, and so of those behind it, depend on. Not while a
+    /// frame is in progress.
+    void Forget(std::size_t from);
+
     /// The last tool's picture at a frame. Throws FrameError; null after an abort.
     std::shared_ptr<host::Image> Render(int frame);
 
@@ -94,9 +98,15 @@ private:
 /// All controls with their keys: of one tool {"tool": id, "controls": {key: value}}, of several {"tools":
 /// [...]} with an element like that for each.
 nlohmann::ordered_json SaveStack(const Stack& stack);
-/// The tools that saved settings are of. Throws UsageError.
+/// The element of each tool in what was saved of one or of several. Throws UsageError.
+std::vector<nlohmann::json> SavedTools(const nlohmann::json& saved);
+/// The tool that such an element is of. Throws UsageError.
+host::Registry& ToolOf(const nlohmann::json& element);
+/// False where an element has "on": false, with which a tool is kept but not rendered.
+bool IsOn(const nlohmann::json& element);
+/// The tools that are rendered. Throws UsageError, also where there is none.
 std::vector<host::Registry*> ToolsOf(const nlohmann::json& saved);
-/// Brings back what SaveStack gave. Throws UsageError, which names the tool.
+/// Brings back what SaveStack gave, but for tools that are off. Throws UsageError, which names the tool.
 void RestoreStack(Stack& stack, const nlohmann::json& saved);
 
 } // namespace media

@@ -3,14 +3,16 @@
 #include "host/Document.h"
 #include "host/Registry.h"
 #include "host/Tags.h"
+#include "media/Errors.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
-#include "view/Values.h"
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <charconv>
 #include <new>
+#include <utility>
 
 namespace view {
 
@@ -39,6 +41,13 @@ std::string SettingFor(const Input& input) {
     const bool text = input.DataType() == Type::Text;
     const std::string value = text ? input.GetText() : CurveText(input, input.GetCurve());
     return std::string(media::KeyOf(input)).append(1, '=').append(value);
+}
+
+constexpr const char* kFloatSwitch = "FloatPictures=";
+
+/// One tool in floats takes the whole stack there.
+bool WorksInFloats(const Layer& layer) {
+    return layer.on && media::FindControl(*layer.op, "FloatPictures").GetCurve().Constant.x != 0.0;
 }
 
 /// Settings, and the states to which they bring a new instance.
@@ -92,13 +101,22 @@ void ShowAsValuesSay(host::Operator& op) {
     Restore(op, values);
 }
 
-QStringList RenderWords(const host::Operator& op, const std::vector<std::string>& links,
-                        const QString& output, const QString& frames) {
-    QStringList words{"render", QString::fromStdString(media::PlainName(*op.Class()))};
-    for (const std::string& link : links) words << "-i" << QString::fromStdString(link);
-    words << "-o" << output;
-    if (!frames.isEmpty()) words << "-f" << frames;
-    for (const std::string& setting : SettingsFor(op)) words << "-s" << QString::fromStdString(setting);
+QStringList RenderWords(const std::string& clip, const std::vector<Layer>& layers, const QString& output,
+                        const QString& frames) {
+    QStringList words, common{"-i", QString::fromStdString(clip), "-o", output};
+    if (!frames.isEmpty()) common << "-f" << frames;
+    if (std::any_of(layers.begin(), layers.end(), WorksInFloats)) common << "--float";
+    for (const Layer& layer : layers) {
+        if (!layer.on) continue;
+        words << (words.isEmpty() ? "render" : "--then")
+              << QString::fromStdString(media::PlainName(*layer.op->Class()));
+        words << std::exchange(common, {});
+        for (const auto& [id, file] : layer.files)
+            words << "-i" << QString::fromStdString(std::string(id).append(1, '=').append(file));
+        for (const std::string& setting : SettingsFor(*layer.op))
+            if (!setting.starts_with(kFloatSwitch)) words << "-s" << QString::fromStdString(setting);
+    }
+    if (words.isEmpty()) throw media::UsageError("all tools are switched off: there is nothing to render");
     return words;
 }
 

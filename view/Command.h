@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Operator.h"
+#include "view/Layer.h"
 
 #include <QString>
 #include <QStringList>
@@ -20,9 +20,10 @@ std::vector<std::string> SettingsFor(const host::Operator& op);
 /// Shows, hides and greys controls as the tool's reactions would have it: after values came without them.
 void ShowAsValuesSay(host::Operator& op);
 
-/// The words behind `k7` that render a tool as it is set. An empty `frames` stands for all.
-QStringList RenderWords(const host::Operator& op, const std::vector<std::string>& links,
-                        const QString& output, const QString& frames);
+/// The words behind `k7` that render the tools that are on as they are set. An empty `frames` stands for all.
+/// Throws media::UsageError where no tool is on.
+QStringList RenderWords(const std::string& clip, const std::vector<Layer>& layers, const QString& output,
+                        const QString& frames);
 
 /// A line for a shell; words are quoted where they have to be.
 QString ShellLine(const QStringList& words);

@@ -13,7 +13,7 @@ class ControlPanel : public QTabWidget {
 public:
     explicit ControlPanel(QWidget* parent = nullptr);
 
-    /// Shows the controls of a tool, which outlives this or is replaced; null: none.
+    /// Shows the controls of the chosen tool, until another is chosen; null: none.
     void SetLook(Look* look);
     void Refresh();
 

@@ -57,15 +57,24 @@ void ControlRow::Describe(QWidget& part) const {
     part.setToolTip(label_->toolTip());
 }
 
+bool ControlRow::Keyable() const {
+    const host::Input::Type type = input_.DataType();
+    return type == host::Input::Type::Number || type == host::Input::Type::Point;
+}
+
+bool ControlRow::IsChanged() const {
+    if (Keyable()) return !IsDefault(input_);
+    return look_.TextOf(input_) != input_.GetAttrS(host::kTagDefaultText);
+}
+
 void ControlRow::Refresh() {
     setVisible(input_.GetAttrI(host::kTagShown, 1) != 0);
     setEnabled(input_.GetAttrI(host::kTagDisabled) == 0);
-    const bool text = input_.DataType() == host::Input::Type::Text;
-    const host::Curve curve = text ? host::Curve() : input_.GetCurve();
+    const host::Curve curve = Keyable() ? input_.GetCurve() : host::Curve();
     const bool key = curve.Keys.count(look_.Frame()) != 0;
     label_->setText((key ? "\u25C6 " : curve.Animated() ? "\u25C7 " : "") + Title());
     QFont font = label_->font();
-    font.setBold(!IsDefault(input_));
+    font.setBold(IsChanged());
     label_->setFont(font);
     ShowValue();
 }
@@ -85,8 +94,7 @@ void ControlRow::SetCurve(const QString& title, const host::Curve& curve) {
 }
 
 void ControlRow::Reset() {
-    if (input_.DataType() != host::Input::Type::Text)
-        return SetCurve(tr("Reset %1"), host::Curve{DefaultOf(input_), {}});
+    if (Keyable()) return SetCurve(tr("Reset %1"), host::Curve{DefaultOf(input_), {}});
     look_.Do(tr("Reset %1").arg(Title()).toStdString(),
              [&] { look_.WriteText(input_, input_.GetAttrS(host::kTagDefaultText)); });
 }
@@ -105,15 +113,13 @@ void ControlRow::RemoveKey() {
 }
 
 void ControlRow::Copy() {
-    if (input_.DataType() == host::Input::Type::Text)
-        return QApplication::clipboard()->setText(QString::fromStdString(input_.GetText()));
-    QApplication::clipboard()->setText(QString::fromStdString(CurveText(input_, input_.GetCurve())));
+    const std::string text = Keyable() ? CurveText(input_, input_.GetCurve()) : look_.TextOf(input_);
+    QApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 void ControlRow::Paste() {
     const std::string text = QApplication::clipboard()->text().toStdString();
-    if (input_.DataType() == host::Input::Type::Text)
-        return look_.Do(Title().toStdString(), [&] { look_.WriteText(input_, text); });
+    if (!Keyable()) return look_.Do(Title().toStdString(), [&] { look_.WriteText(input_, text); });
     try {
         SetCurve(tr("Paste %1"), media::ParseCurve(input_, media::Trimmed(text)));
     } catch (const std::exception&) {
@@ -122,12 +128,11 @@ void ControlRow::Paste() {
 }
 
 void ControlRow::FillMenu(QMenu& menu) {
-    const bool text = input_.DataType() == host::Input::Type::Text;
-    menu.addAction(tr("Reset"), this, &ControlRow::Reset)->setEnabled(!IsDefault(input_));
+    menu.addAction(tr("Reset"), this, &ControlRow::Reset)->setEnabled(IsChanged());
     menu.addSeparator();
-    menu.addAction(tr("Set key"), this, &ControlRow::SetKey)->setEnabled(!text);
+    menu.addAction(tr("Set key"), this, &ControlRow::SetKey)->setEnabled(Keyable());
     menu.addAction(tr("Remove key"), this, &ControlRow::RemoveKey)
-        ->setEnabled(!text && input_.GetCurve().Keys.count(look_.Frame()) != 0);
+        ->setEnabled(Keyable() && input_.GetCurve().Keys.count(look_.Frame()) != 0);
     menu.addSeparator();
     menu.addAction(tr("Copy value"), this, &ControlRow::Copy);
     menu.addAction(tr("Paste value"), this, &ControlRow::Paste);

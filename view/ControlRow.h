@@ -25,6 +25,9 @@ protected:
     virtual void ShowValue() = 0;
 
     QString Title() const;
+    /// Whether it has a number or a point, which can have keys, and no text.
+    bool Keyable() const;
+    bool IsChanged() const;
     /// Name, tooltip and place in the order of keys for a part of the editor.
     void Describe(QWidget& part) const;
     void BeginStep();
@@ -49,7 +52,7 @@ private:
     QHBoxLayout* line_;
 };
 
-/// The row for an input, by its type and tags. Null for an image.
+/// The row for an input, by its type and tags. Null for the main picture.
 ControlRow* MakeControlRow(Look& look, host::Input& input, QWidget* parent);
 
 } // namespace view

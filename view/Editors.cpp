@@ -2,15 +2,19 @@
 #include "media/Words.h"
 #include "view/ControlRow.h"
 #include "view/NumberField.h"
+#include "view/Sequence.h"
 #include "view/Tick.h"
 #include "view/ValueSlider.h"
 
 #include <QCheckBox>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QMimeData>
 #include <QPushButton>
+#include <QSettings>
 #include <QToolButton>
 #include <QWheelEvent>
 
@@ -159,28 +163,57 @@ public:
         connect(field_, &QLineEdit::editingFinished, this, [this] {
             if (field_->isModified()) Take(field_->text());
         });
-        if (input.GetAttrS(host::kTagControlKind) != "FileControl") return;
-        auto* choose = new QToolButton(this);
-        choose->setText("\u2026");
-        Describe(*choose);
-        Line().addWidget(choose);
-        connect(choose, &QToolButton::clicked, this, [this] {
-            if (const QString file = QFileDialog::getOpenFileName(this, Title()); !file.isEmpty()) Take(file);
-        });
     }
 
 protected:
     void ShowValue() override {
-        if (!field_->isModified()) field_->setText(QString::fromStdString(input_.GetText()));
+        if (!field_->isModified()) field_->setText(QString::fromStdString(look_.TextOf(input_)));
     }
-
-private:
     void Take(const QString& text) {
         field_->setModified(false);
         look_.Do(Title().toStdString(), [&] { look_.WriteText(input_, text.toStdString()); });
     }
+    QLineEdit& Field() const { return *field_; }
 
+private:
     QLineEdit* field_;
+};
+
+/// A file, or the picture at an image input: chosen in a dialog or dropped here.
+class FileRow : public TextRow {
+public:
+    FileRow(Look& look, Input& input, QWidget* parent)
+        : TextRow(look, input, parent)
+        , picture_(input.DataType() == Input::Type::Image) {
+        setAcceptDrops(true);
+        Field().setAcceptDrops(false); // which would take the name as a text
+        if (picture_) Field().setPlaceholderText(tr("none: drop a picture here"));
+        auto* choose = new QToolButton(this);
+        choose->setText("\u2026");
+        Describe(*choose);
+        choose->setAccessibleName(tr("Choose a file for %1").arg(Title()));
+        Line().addWidget(choose);
+        connect(choose, &QToolButton::clicked, this, [this] {
+            TakeFile(QFileDialog::getOpenFileName(this, Title(), QSettings().value("folder").toString()));
+        });
+    }
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override {
+        if (event->mimeData()->hasUrls() && event->mimeData()->urls().first().isLocalFile())
+            event->acceptProposedAction();
+    }
+    void dropEvent(QDropEvent* event) override {
+        TakeFile(event->mimeData()->urls().first().toLocalFile());
+        event->acceptProposedAction();
+    }
+
+private:
+    void TakeFile(const QString& file) {
+        if (!file.isEmpty()) Take(picture_ ? SequenceOf(file) : file);
+    }
+
+    const bool picture_;
 };
 
 /// The first channel of a colour: a swatch that opens a dialog, and the number of the channel.
@@ -234,10 +267,12 @@ private:
 } // namespace
 
 ControlRow* MakeControlRow(Look& look, Input& input, QWidget* parent) {
-    if (input.DataType() == Input::Type::Image) return nullptr;
+    const bool image = input.DataType() == Input::Type::Image;
+    if (image && input.GetAttrI(host::kTagMainLink) == 1) return nullptr;
+    const std::string kind = input.GetAttrS(host::kTagControlKind);
+    if (image || kind == "FileControl") return new FileRow(look, input, parent);
     if (input.DataType() == Input::Type::Text) return new TextRow(look, input, parent);
     if (input.DataType() == Input::Type::Point) return new PointRow(look, input, parent);
-    const std::string kind = input.GetAttrS(host::kTagControlKind);
     if (kind == "CheckboxControl") return new CheckRow(look, input, parent);
     if (kind == "ComboControl") return new ListRow(look, input, parent);
     const bool colour = input.HasAttr(host::kTagColourChannel);

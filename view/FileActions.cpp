@@ -1,11 +1,9 @@
 // What the menu File does.
-#include "media/Errors.h"
-#include "media/FilePattern.h"
 #include "media/PlugIns.h"
 #include "media/Settings.h"
 #include "media/SettingsFile.h"
-#include "media/Stack.h"
 #include "view/Command.h"
+#include "view/LookFile.h"
 #include "view/RenderDialog.h"
 #include "view/Sequence.h"
 #include "view/Window.h"
@@ -43,14 +41,15 @@ void Window::ChooseFile() {
 
 bool Window::OpenFile(const QString& file) {
     const QString clip = file == "sample:" ? file : SequenceOf(file);
-    const Look* old = session_.CurrentLook();
-    const Values values = ValuesOf(old->Op());
-    if (!Open(const_cast<host::Registry&>(*old->Op().Class()), {clip.toStdString()})) return false;
-    Look& look = *session_.CurrentLook(); // the look stays, as it would in a compositor
-    Restore(look.Op(), values);
-    look.Tell();
-    Remember(clip);
-    return true;
+    try {
+        Say({});
+        session_.OpenClip(clip.toStdString());
+        Remember(clip);
+        return true;
+    } catch (const std::exception& error) {
+        Say(QString::fromUtf8(error.what()));
+        return false;
+    }
 }
 
 void Window::Remember(const QString& file) {
@@ -84,25 +83,13 @@ void Window::dropEvent(QDropEvent* event) {
 
 // Looks.
 
-bool Window::TakeLook(const QString& file) {
+bool Window::LoadLook(const QString& file) {
     try {
-        const nlohmann::json saved = media::ReadSettingsFile(file.toStdString());
-        const std::vector<host::Registry*> tools = media::ToolsOf(saved);
-        if (tools.size() > 1) throw media::UsageError("a stack of tools cannot be shown here; k7 renders it");
-        if (tools[0] != session_.CurrentLook()->Op().Class() && !Open(*tools[0], {session_.Links().front()}))
-            return false;
         Look& look = *session_.CurrentLook();
-        const Values before = ValuesOf(look.Op());
-        look.Do(tr("load look").toStdString(), [&] {
-            try {
-                media::RestoreSettings(look.Op(), saved.contains("tools") ? saved["tools"][0] : saved);
-                ShowAsValuesSay(look.Op());
-            } catch (...) {
-                Restore(look.Op(), before);
-                throw;
-            }
-        });
         Say({});
+        TakeSavedLook(look, media::ReadSettingsFile(file.toStdString()), tr("load look"));
+        look.MarkSaved();
+        setWindowModified(false);
         return true;
     } catch (const std::exception& error) {
         Say(QString::fromUtf8(error.what()));
@@ -110,16 +97,17 @@ bool Window::TakeLook(const QString& file) {
     }
 }
 
-bool Window::LoadLook(const QString& file) {
-    if (!TakeLook(file)) return false;
-    session_.CurrentLook()->MarkSaved();
-    setWindowModified(false);
-    return true;
-}
-
 void Window::Recover() {
-    if (QFile::exists(RecoveryFile()) && TakeLook(RecoveryFile()))
+    if (!QFile::exists(RecoveryFile())) return;
+    try {
+        const std::string clip =
+            TakeSavedWork(*session_.CurrentLook(), media::ReadSettingsFile(RecoveryFile().toStdString()),
+                          tr("recover look"));
+        session_.OpenClip(clip);
         Say(tr("The look that was not saved has been recovered"));
+    } catch (const std::exception& error) {
+        Say(QString::fromUtf8(error.what()));
+    }
 }
 
 void Window::ChooseLook() {
@@ -133,7 +121,7 @@ void Window::SaveLook() {
     if (QFileInfo(file).suffix().isEmpty()) file += ".json";
     Look& look = *session_.CurrentLook();
     try {
-        media::WriteSettingsFile(media::SaveSettings(look.Op()), file.toStdString());
+        media::WriteSettingsFile(SavedLook(look), file.toStdString());
         look.MarkSaved();
         setWindowModified(false);
         Say(tr("Saved to %1").arg(file));
@@ -160,20 +148,34 @@ void Window::SaveStyle() {
     }
 }
 
+void Window::TakeStyle(const QFileInfo& file) {
+    try {
+        Say({});
+        view::TakeStyle(*session_.CurrentLook(), media::ReadSettingsFile(file.filePath().toStdString()),
+                        tr("style %1").arg(file.completeBaseName()));
+    } catch (const std::exception& error) {
+        Say(QString::fromUtf8(error.what()));
+    }
+}
+
 void Window::FillStyles() {
     styles_->clear();
     for (const QFileInfo& file : QDir(StyleFolder()).entryInfoList({"*.json"}, QDir::Files))
-        styles_->addAction(file.completeBaseName(), this, [this, file] { LoadLook(file.filePath()); });
+        styles_->addAction(file.completeBaseName(), this, [this, file] { TakeStyle(file); });
     if (styles_->isEmpty()) styles_->addAction(tr("None saved for this tool"))->setEnabled(false);
 }
 
 // Rendering.
 
 void Window::CopyCommand() {
-    const QStringList words = RenderWords(session_.CurrentLook()->Op(), session_.Links(),
-                                          RenderDialog::ProposedOutput(session_), {});
-    QApplication::clipboard()->setText(ShellLine(words));
-    Say(tr("The command is on the clipboard"));
+    try {
+        const QStringList words = RenderWords(session_.Clip(), session_.CurrentLook()->Layers(),
+                                              RenderDialog::ProposedOutput(session_), {});
+        QApplication::clipboard()->setText(ShellLine(words));
+        Say(tr("The command is on the clipboard"));
+    } catch (const std::exception& error) {
+        Say(QString::fromUtf8(error.what()));
+    }
 }
 
 void Window::RenderFiles() {
@@ -210,7 +212,7 @@ void Window::KeepForRecovery() {
     if (!look || !look->Unsaved()) return;
     try {
         QDir().mkpath(QFileInfo(RecoveryFile()).path());
-        media::WriteSettingsFile(media::SaveSettings(look->Op()), RecoveryFile().toStdString());
+        media::WriteSettingsFile(SavedWork(*look, session_.Clip()), RecoveryFile().toStdString());
     } catch (const std::exception&) {
         // the look is still there; a full disk is told of when it is saved
     }

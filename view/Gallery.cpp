@@ -1,32 +1,13 @@
 #include "view/Gallery.h"
 
-#include "host/Tags.h"
 #include "media/PlugIns.h"
-#include "media/Words.h"
-
-#include <QCoreApplication>
-#include <QPainter>
+#include "view/ToolPicture.h"
 
 namespace view {
 
 namespace {
 
-constexpr int kWide = 128, kHigh = 72;
-
-/// The picture that the installation has of a tool; a plain field where it has none.
-QIcon PictureOf(const QString& name) {
-    const QString file =
-        QCoreApplication::applicationDirPath() + "/../share/k7/pictures/" + name + "-after.jpg";
-    QPixmap picture(file);
-    if (picture.isNull()) {
-        picture = QPixmap(kWide, kHigh);
-        picture.fill(QColor(90, 90, 90));
-    }
-    QIcon icon;
-    icon.addPixmap(picture, QIcon::Normal);
-    icon.addPixmap(picture, QIcon::Selected); // with its own colours
-    return icon;
-}
+constexpr int kWide = kToolPicture.width(), kHigh = kToolPicture.height();
 
 } // namespace
 
@@ -43,8 +24,8 @@ Gallery::Gallery(QWidget* parent) : QListWidget(parent) {
     setAccessibleName(tr("Tools"));
     for (const host::Registry* tool : media::Tools()) {
         const QString name = QString::fromStdString(media::PlainName(*tool));
-        auto* item = new QListWidgetItem(PictureOf(name), name, this);
-        item->setToolTip(QString::fromStdString(media::Trimmed(tool->GetAttrS(host::kTagRegDescription))));
+        auto* item = new QListWidgetItem(PictureOf(*tool), name, this);
+        item->setToolTip(DescriptionOf(*tool));
     }
     connect(this, &QListWidget::itemActivated, this,
             [this] { emit Chosen(media::Tools().at(static_cast<std::size_t>(currentRow()))); });

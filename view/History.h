@@ -1,19 +1,19 @@
 #pragma once
 
 #include "host/Document.h"
-#include "view/Values.h"
+#include "view/Layer.h"
 
 #include <string>
 #include <vector>
 
 namespace view {
 
-/// The steps that the user can take back and take again. A step is all that has changed in the tool while it
-/// was open, what the tool's reactions have written included. For the thread of the window.
+/// A composition of tools one below the other, with the steps that the user can take back and take again. A
+/// step is all that has changed while it was open, what the tools' reactions have written included. For the
+/// thread of the window.
 class History : public host::FusionDoc {
 public:
-    /// The operator lives in this document, and is the only one there.
-    void Watch(host::Operator& op) { operator_ = &op; }
+    std::vector<Layer> Layers;
 
     void StartUndo(const std::string& title, host::Input* input) override;
     void EndUndo(bool keep) override;
@@ -29,11 +29,10 @@ public:
 private:
     struct Step {
         std::string title;
-        Values other; ///< what taking the step brings back
+        StackState other; ///< what taking the step brings back
     };
     bool Take(std::vector<Step>& from, std::vector<Step>& to);
 
-    host::Operator* operator_ = nullptr;
     std::vector<Step> done_, undone_;
     Step open_;
     int depth_ = 0;

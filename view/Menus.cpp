@@ -59,6 +59,19 @@ void Window::MakeMenus() {
     undo_ = edit->actions().at(0);
     redo_ = edit->actions().at(1);
 
+    AddMenu(
+        tr("&Stack"),
+        {{"&Add tool...", "Ins", "Adds a tool below the chosen one", &Window::AddTool},
+         {"Switch &on or off", "X", "Leaves the chosen tool out, or takes it in again", &Window::SwitchTool},
+         line,
+         {"Move &up", "Ctrl+Up", "Moves the chosen tool up", &Window::MoveToolUp},
+         {"Move &down", "Ctrl+Down", "Moves the chosen tool down", &Window::MoveToolDown},
+         {"&Remove", "Ctrl+Del", "Removes the chosen tool", &Window::RemoveTool},
+         line,
+         {"Choose the &next", "PgDown", "Shows the controls of the next tool", &Window::ChooseNext},
+         {"Choose the one &before", "PgUp", "Shows the controls of the tool before",
+          &Window::ChoosePrevious}});
+
     QMenu* view =
         AddMenu(tr("&View"),
                 {{"&Fit", "F", "All of the picture", &Window::Fit},

@@ -46,7 +46,15 @@ void PictureView::SetLook(Look* look) {
     drag_ = Drag::None;
     handles_.reset();
     look_ = look;
-    if (look) handles_.emplace(look->Op());
+    tool_ = nullptr;
+    if (look) Refresh();
+}
+
+void PictureView::Refresh() {
+    if (tool_ != &look_->Op()) {
+        tool_ = &look_->Op();
+        handles_.emplace(look_->Op());
+    }
     update();
 }
 

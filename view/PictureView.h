@@ -22,8 +22,10 @@ public:
     explicit PictureView(QWidget* parent = nullptr);
     ~PictureView() override;
 
-    /// The tool whose widgets are drawn; it outlives this or is replaced. Null: none.
+    /// The look of whose chosen tool the widgets are drawn; it outlives this or is replaced. Null: none.
     void SetLook(Look* look);
+    /// Follows a change of the look.
+    void Refresh();
     void Show(const ShotPtr& shot);
     void SetShowing(const Showing& showing);
     const Showing& How() const { return showing_; }
@@ -78,6 +80,7 @@ private:
     PicturePainter painter_;
     Placement placement_;
     Drag drag_ = Drag::None;
+    const host::Operator* tool_ = nullptr; ///< whose widgets are drawn
     QPointF last_;
 };
 

@@ -66,26 +66,33 @@ void RenderDialog::LayOut() {
 }
 
 QString RenderDialog::ProposedOutput(const Session& session) {
-    const QString clip = QString::fromStdString(session.Links().front());
-    const QString tool = QString::fromStdString(media::PlainName(*session.CurrentLook()->Op().Class()));
+    const QString clip = QString::fromStdString(session.Clip());
+    QString tool;
+    for (const Plan::Stage& stage : session.Tools().stages)
+        tool += "_" + QString::fromStdString(media::PlainName(*stage.tool));
     const bool sequence = session.Span().first != session.Span().last;
     const QString number = sequence ? ".%04d" : "";
-    if (clip == "sample:") return QDir::home().filePath("sample_" + tool + number + ".exr");
+    if (clip == "sample:") return QDir::home().filePath("sample" + tool + number + ".exr");
     QString name = QFileInfo(clip).completeBaseName();
     name.remove(QRegularExpression("[._-]?(%0?\\d*d|#+|@+|\\$F\\d*)$"));
-    return QFileInfo(clip).dir().filePath(name + "_" + tool + number + "." + QFileInfo(clip).suffix());
+    return QFileInfo(clip).dir().filePath(name + tool + number + "." + QFileInfo(clip).suffix());
 }
 
 void RenderDialog::Start() {
+    QStringList words;
+    try {
+        words =
+            RenderWords(session_.Clip(), session_.CurrentLook()->Layers(), output_->text(), frames_->text());
+    } catch (const std::exception& error) {
+        return state_->setText(QString::fromUtf8(error.what()));
+    }
     messages_->clear();
     progress_->setValue(0);
     start_->setEnabled(false);
     cancel_->setText(tr("&Cancel"));
     state_->setText(tr("Starting\u2026"));
     clock_.start();
-    process_.start(
-        QCoreApplication::applicationDirPath() + "/k7",
-        RenderWords(session_.CurrentLook()->Op(), session_.Links(), output_->text(), frames_->text()));
+    process_.start(QCoreApplication::applicationDirPath() + "/k7", words);
 }
 
 void RenderDialog::Read() {

@@ -1,5 +1,7 @@
 #include "view/Session.h"
 
+#include "media/PlugIns.h"
+
 #include <algorithm>
 
 namespace view {
@@ -9,34 +11,69 @@ namespace {
 constexpr int kFramesPerSecond = 24;
 constexpr double kSlow = 100.0; ///< milliseconds from which a drag shows smaller pictures
 
+Plan PlanOf(const std::string& clip, const std::vector<Layer>& layers) {
+    Plan plan{clip, {}};
+    for (const Layer& layer : layers) {
+        if (!layer.on) continue;
+        media::Links links;
+        for (const auto& [id, file] : layer.files)
+            links.push_back(std::string(id).append(1, '=').append(file));
+        plan.stages.push_back({&media::FindTool(layer.op->Class()->Id().Text()), links});
+    }
+    return plan;
+}
+
 } // namespace
 
 Session::Session(QObject* parent) : QObject(parent) {
     player_.setInterval(1000 / kFramesPerSecond);
     player_.setTimerType(Qt::PreciseTimer);
     connect(&player_, &QTimer::timeout, this, &Session::Advance);
+    connect(&renderer_, &Renderer::Done, this, &Session::TakeShot, Qt::QueuedConnection);
 }
 
-void Session::Open(host::Registry& entry, const std::vector<std::string>& links) {
-    auto renderer = std::make_unique<Renderer>(entry, links);
-    auto look = std::make_unique<Look>(entry);
+void Session::Open(host::Registry& tool, const std::vector<std::string>& links) {
+    auto look = std::make_unique<Look>(tool);
+    std::string clip;
+    for (const std::string& link : links) {
+        const auto [name, file] = media::SplitLink(link);
+        if (name.empty())
+            clip = file;
+        else
+            look->LinkFile(name, file);
+    }
+    look->MarkSaved();
+    Plan plan = PlanOf(clip, look->Layers());
+    auto pipeline = std::make_shared<Pipeline>(plan);
     Play(false);
-    std::swap(renderer_, renderer);
     std::swap(look_, look);
-    const bool sameClip = links == links_;
-    links_ = links;
-    store_.Clear();
-    values_ = ValuesOf(look_->Op());
-    ++version_;
-    fullTime_ = 0.0;
-    const media::FrameSpan span = Span();
-    if (!sameClip) frame_ = (span.first + span.last) / 2;
-    frame_ = std::clamp(frame_, span.first, span.last);
-    look_->SetFrame(frame_);
-    connect(renderer_.get(), &Renderer::Done, this, &Session::TakeShot, Qt::QueuedConnection);
+    Take(std::move(pipeline), std::move(plan));
+    state_ = StateOf(look_->Layers());
     connect(look_.get(), &Look::Changed, this, &Session::TakeChange);
     emit Opened(); // the old look is still there for those who let go of it now
     Request();
+}
+
+void Session::OpenClip(const std::string& clip) {
+    Plan plan = PlanOf(clip, look_->Layers());
+    auto pipeline = std::make_shared<Pipeline>(plan);
+    Play(false);
+    Take(std::move(pipeline), std::move(plan));
+    emit Opened();
+    Request();
+}
+
+void Session::Take(std::shared_ptr<Pipeline> pipeline, Plan plan) {
+    pipeline_ = std::move(pipeline);
+    const bool sameClip = plan.clip == plan_.clip;
+    plan_ = std::move(plan);
+    span_ = pipeline_->Span();
+    store_.Clear();
+    opened_ = ++version_;
+    fullTime_ = 0.0;
+    if (!sameClip) frame_ = (span_.first + span_.last) / 2;
+    frame_ = std::clamp(frame_, span_.first, span_.last);
+    look_->SetFrame(frame_);
 }
 
 void Session::ShowFrame(int frame) {
@@ -48,11 +85,21 @@ void Session::ShowFrame(int frame) {
 }
 
 void Session::TakeChange() {
-    Values now = ValuesOf(look_->Op());
-    if (now != values_) {
-        values_ = std::move(now);
+    StackState now = StateOf(look_->Layers());
+    if (now != state_) {
+        state_ = std::move(now);
         ++version_;
         store_.Clear();
+    }
+    Plan plan = PlanOf(plan_.clip, look_->Layers());
+    if (plan != plan_) {
+        plan_ = std::move(plan);
+        try {
+            pipeline_ = std::make_shared<Pipeline>(plan_);
+        } catch (const std::exception& error) {
+            pipeline_ = nullptr;
+            emit Problem(QString::fromUtf8(error.what()));
+        }
     }
     emit Changed();
     Request();
@@ -71,19 +118,23 @@ void Session::Request() {
 }
 
 void Session::Ask(int frame) {
+    if (!pipeline_) return;
     const int divisor = Divisor();
     const bool asked = asked_.frame == frame && asked_.version == version_ && asked_.divisor == divisor;
-    if (asked && renderer_->Busy()) return;
-    asked_ = {frame, version_, divisor, look_->Steps().StepOpen(), {}};
+    if (asked && renderer_.Busy()) return;
+    asked_ = {frame, version_, divisor, look_->Steps().StepOpen(), nullptr, {}};
     Order order = asked_;
-    order.values = values_;
-    renderer_->Ask(std::move(order));
+    order.pipeline = pipeline_;
+    for (const LayerState& one : state_)
+        if (one.layer.on) order.values.push_back(one.values);
+    renderer_.Ask(std::move(order));
 }
 
 void Session::TakeShot(const ShotPtr& shot) {
-    if (sender() != renderer_.get()) return; // of a tool that has been replaced
+    if (shot->version < opened_) return;
     const bool current = shot->version == version_;
     if (!shot->problem.empty()) {
+        if (!current) return;
         Play(false);
         emit Problem(QString::fromStdString(shot->problem));
         return;
@@ -91,12 +142,17 @@ void Session::TakeShot(const ShotPtr& shot) {
     if (shot->divisor == 1) fullTime_ = shot->milliseconds;
     if (current && shot->divisor == 1) store_.Enter(shot);
     if (shot->frame == frame_) emit Shown(shot);
-    if (current && shot->written) {
-        Restore(look_->Op(), *shot->written);
-        values_ = ValuesOf(look_->Op());
-        emit Changed();
-    }
+    if (current && shot->written) TakeWritten(*shot->written);
     if (Playing()) AskAhead();
+}
+
+/// Values that a frame has written into the controls of the tools that are on.
+void Session::TakeWritten(const std::vector<Values>& written) {
+    auto values = written.begin();
+    for (const Layer& layer : look_->Layers())
+        if (layer.on) Restore(*layer.op, *values++);
+    state_ = StateOf(look_->Layers());
+    emit Changed();
 }
 
 void Session::Play(bool on) {

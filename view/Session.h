@@ -12,24 +12,29 @@
 
 namespace view {
 
-/// A clip, a tool, and the frame that is shown: what the window works on. It sees to it that the frame is
-/// rendered whenever something changes, and keeps those that are done.
+/// A clip, a stack of tools, and the frame that is shown: what the window works on. It sees to it that the
+/// frame is rendered whenever something changes, and keeps those that are done.
 class Session : public QObject {
     Q_OBJECT
 
 public:
     explicit Session(QObject* parent = nullptr);
 
-    /// A tool on clips, as `k7 render -i` takes them. The old ones stay where this throws.
-    void Open(host::Registry& entry, const std::vector<std::string>& links);
+    // What was there stays where these throw.
+    /// A new look of one tool on clips, as `k7 render -i` takes them.
+    void Open(host::Registry& tool, const std::vector<std::string>& links);
+    /// Another main picture for the look as it is.
+    void OpenClip(const std::string& clip);
 
     Look* CurrentLook() const { return look_.get(); }
-    const std::vector<std::string>& Links() const { return links_; }
-    media::FrameSpan Span() const { return renderer_ ? renderer_->Span() : media::FrameSpan{}; }
+    const std::string& Clip() const { return plan_.clip; }
+    /// The tools that are on, as `k7 render` is given them.
+    const Plan& Tools() const { return plan_; }
+    media::FrameSpan Span() const { return span_; }
     int Frame() const { return frame_; }
     FrameStore& Store() { return store_; }
     bool Playing() const { return player_.isActive(); }
-    bool Rendering() const { return renderer_ && renderer_->Busy(); }
+    bool Rendering() const { return renderer_.Busy(); }
 
     void ShowFrame(int frame); ///< clamped to the clip
     void Play(bool on);
@@ -49,17 +54,21 @@ private:
     void AskAhead();
     void Advance();
     int Divisor() const;
+    void Take(std::shared_ptr<Pipeline> pipeline, Plan plan);
+    void TakeWritten(const std::vector<Values>& written);
 
     std::unique_ptr<Look> look_;
-    std::unique_ptr<Renderer> renderer_;
-    std::vector<std::string> links_;
+    Plan plan_;
+    std::shared_ptr<Pipeline> pipeline_; ///< of the plan; null where it cannot be
+    media::FrameSpan span_;
     FrameStore store_;
-    Values values_;
-    unsigned version_ = 0;
+    StackState state_;
+    unsigned version_ = 0, opened_ = 0; ///< of the look; when the clip was opened
     int frame_ = 0;
     double fullTime_ = 0.0; ///< milliseconds of the last frame in full size
     Order asked_;           ///< last, without values
     QTimer player_;
+    Renderer renderer_;
 };
 
 } // namespace view

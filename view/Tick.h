@@ -10,6 +10,7 @@ class Tick : public QCheckBox {
 
 public:
     using QCheckBox::QCheckBox;
+    QSize sizeHint() const override { return {18, 20}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,9 +1,7 @@
 #include "view/ToolPanel.h"
 
-#include "host/Registry.h"
-#include "host/Tags.h"
 #include "media/PlugIns.h"
-#include "media/Words.h"
+#include "view/ToolPicture.h"
 
 #include <QVBoxLayout>
 
@@ -34,11 +32,18 @@ ToolPanel::ToolPanel(QWidget* parent)
 }
 
 void ToolPanel::SetLook(Look* look) {
-    controls_->SetLook(look);
-    if (!look) return;
-    const host::Registry& tool = *look->Op().Class();
-    name_->setText(QString::fromStdString(media::PlainName(tool)));
-    description_->setText(QString::fromStdString(media::Trimmed(tool.GetAttrS(host::kTagRegDescription))));
+    look_ = look;
+    tool_ = nullptr;
+    controls_->SetLook(nullptr);
+    if (look) Refresh();
+}
+
+void ToolPanel::Refresh() {
+    if (tool_ == &look_->Op()) return controls_->Refresh();
+    tool_ = &look_->Op();
+    name_->setText(QString::fromStdString(media::PlainName(*tool_->Class())));
+    description_->setText(DescriptionOf(*tool_->Class()));
+    controls_->SetLook(look_);
 }
 
 } // namespace view

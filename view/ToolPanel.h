@@ -12,7 +12,9 @@ class ToolPanel : public QWidget {
 public:
     explicit ToolPanel(QWidget* parent = nullptr);
 
+    /// The look outlives this or is replaced; null: none.
     void SetLook(Look* look);
+    void Refresh();
     ControlPanel& Controls() const { return *controls_; }
     Histogram& Counts() const { return *histogram_; }
 
@@ -20,6 +22,8 @@ private:
     Histogram* histogram_;
     QLabel *name_, *description_;
     ControlPanel* controls_;
+    Look* look_ = nullptr;
+    const host::Operator* tool_ = nullptr; ///< whose controls are shown
 };
 
 } // namespace view

@@ -67,7 +67,6 @@ host::Curve::Value DefaultOf(const Input& input) {
 }
 
 bool IsDefault(const Input& input) {
-    if (input.DataType() == Type::Text) return input.GetText() == input.GetAttrS(host::kTagDefaultText);
     const host::Curve curve = input.GetCurve();
     return !curve.Animated() && curve.Constant == DefaultOf(input);
 }

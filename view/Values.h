@@ -29,7 +29,7 @@ void Restore(host::Operator& op, const Values& values);
 /// The same values for pictures of a fraction of the size: lengths in pixels shrink with them.
 Values Scaled(const host::Operator& op, Values values, int divisor);
 
-/// Whether an input has its default value.
+/// Whether a number or point has its default value.
 bool IsDefault(const host::Input& input);
 host::Curve::Value DefaultOf(const host::Input& input);
 

@@ -1,4 +1,4 @@
-// What the menus Edit, View and Time do.
+// What the menus Edit, Stack, View and Time do.
 #include "view/Style.h"
 #include "view/Window.h"
 
@@ -13,6 +13,35 @@ void Window::Undo() {
 
 void Window::Redo() {
     session_.CurrentLook()->Redo();
+}
+
+void Window::AddTool() {
+    stack_->OfferTools();
+}
+
+void Window::SwitchTool() {
+    Look& look = *session_.CurrentLook();
+    look.SwitchOn(look.Chosen(), !look.Layers()[look.Chosen()].on);
+}
+
+void Window::MoveToolUp() {
+    session_.CurrentLook()->Move(-1);
+}
+
+void Window::MoveToolDown() {
+    session_.CurrentLook()->Move(1);
+}
+
+void Window::RemoveTool() {
+    session_.CurrentLook()->Remove();
+}
+
+void Window::ChooseNext() {
+    session_.CurrentLook()->Choose(session_.CurrentLook()->Chosen() + 1);
+}
+
+void Window::ChoosePrevious() {
+    session_.CurrentLook()->Choose(session_.CurrentLook()->Chosen() - 1);
 }
 
 void Window::ResetAll() {
@@ -66,7 +95,7 @@ void Window::ToggleHandles() {
 }
 
 void Window::ToggleGallery() {
-    gallery_->setVisible(!gallery_->isVisible());
+    tools_->setVisible(!tools_->isVisible());
 }
 
 void Window::ToggleTheme() {

@@ -29,6 +29,7 @@ std::vector<int> KeysOf(const host::Operator& op) {
 
 Window::Window(QWidget* parent)
     : QMainWindow(parent)
+    , stack_(new StackPanel(this))
     , gallery_(new Gallery(this))
     , picture_(new PictureView(this))
     , panel_(new ToolPanel(this))
@@ -50,6 +51,7 @@ Window::Window(QWidget* parent)
 Window::~Window() {
     picture_->SetLook(nullptr);
     panel_->SetLook(nullptr);
+    stack_->SetLook(nullptr);
 }
 
 void Window::LayOut() {
@@ -62,7 +64,7 @@ void Window::LayOut() {
     column->addWidget(MakeTimeBar());
 
     auto* splitter = new QSplitter(this);
-    splitter->addWidget(gallery_);
+    splitter->addWidget(MakeToolSide());
     splitter->addWidget(middle);
     splitter->addWidget(panel_);
     splitter->setStretchFactor(1, 1);
@@ -79,6 +81,20 @@ void Window::LayOut() {
     statusBar()->addWidget(message_, 1);
     statusBar()->addPermanentWidget(pixel_);
     statusBar()->addPermanentWidget(timing_);
+}
+
+QWidget* Window::MakeToolSide() {
+    tools_ = new QWidget(this);
+    auto* column = new QVBoxLayout(tools_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    auto* title = new QLabel(tr("Tools"), tools_);
+    title->setContentsMargins(10, 6, 4, 2);
+    title->setToolTip(tr("A click puts the tool in place of the chosen one"));
+    column->addWidget(stack_);
+    column->addWidget(title);
+    column->addWidget(gallery_, 1);
+    return tools_;
 }
 
 QWidget* Window::MakeTimeBar() {
@@ -109,9 +125,7 @@ QWidget* Window::MakeTimeBar() {
 
 void Window::Connect() {
     connect(gallery_, &Gallery::Chosen, this, [this](host::Registry* tool) {
-        const Look* look = session_.CurrentLook();
-        if (look && look->Op().Class() != tool && MayLoseLook()) Open(*tool, {session_.Links().front()});
-        if (session_.CurrentLook()) gallery_->Mark(*session_.CurrentLook()->Op().Class());
+        if (Look* look = session_.CurrentLook()) look->Replace(*tool);
     });
     connect(&session_, &Session::Opened, this, &Window::TakeSession);
     connect(&session_, &Session::Changed, this, &Window::RefreshControls);
@@ -144,11 +158,8 @@ void Window::TakeSession() {
     Look* look = session_.CurrentLook();
     picture_->SetLook(look);
     panel_->SetLook(look);
-    gallery_->Mark(*look->Op().Class());
+    stack_->SetLook(look);
     timeline_->SetSpan(session_.Span());
-    const QString clip = QString::fromStdString(session_.Links().front());
-    setWindowTitle(
-        tr("%1 on %2[*] - k7view").arg(QString::fromStdString(media::PlainName(*look->Op().Class())), clip));
     RefreshControls();
 }
 
@@ -169,9 +180,15 @@ void Window::RefreshTime() {
 
 void Window::RefreshControls() {
     Look& look = *session_.CurrentLook();
-    panel_->Controls().Refresh();
-    picture_->update();
+    panel_->Refresh();
+    picture_->Refresh();
+    stack_->Refresh();
+    gallery_->Mark(*look.Op().Class());
     RefreshTime();
+    QStringList names;
+    for (const Layer& layer : look.Layers())
+        names << QString::fromStdString(media::PlainName(*layer.op->Class()));
+    setWindowTitle(tr("%1 on %2[*] - k7view").arg(names.join(", "), QString::fromStdString(session_.Clip())));
     setWindowModified(look.Unsaved());
     const auto name = [](QAction& action, const QString& verb, const std::string& title) {
         action.setText(title.empty() ? verb : verb + " " + QString::fromStdString(title));

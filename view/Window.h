@@ -3,10 +3,12 @@
 #include "view/Gallery.h"
 #include "view/PictureView.h"
 #include "view/Session.h"
+#include "view/StackPanel.h"
 #include "view/Timeline.h"
 #include "view/ToolPanel.h"
 #include "view/ViewBar.h"
 
+#include <QFileInfo>
 #include <QMainWindow>
 
 namespace view {
@@ -41,6 +43,7 @@ protected:
 
 private:
     void LayOut();
+    QWidget* MakeToolSide();
     QWidget* MakeTimeBar();
     void Connect();
 
@@ -66,6 +69,13 @@ private:
     void RenderFiles();
     void Undo();
     void Redo();
+    void AddTool();
+    void SwitchTool();
+    void MoveToolUp();
+    void MoveToolDown();
+    void RemoveTool();
+    void ChooseNext();
+    void ChoosePrevious();
     void ResetAll();
     void ChooseCacheSize();
     void Fit();
@@ -92,7 +102,7 @@ private:
     void Say(const QString& text);
     void SetShowing(const Showing& showing);
 
-    bool TakeLook(const QString& file);
+    void TakeStyle(const QFileInfo& file);
     bool MayLoseLook();
     QString StyleFolder() const;
     void KeepForRecovery();
@@ -100,7 +110,9 @@ private:
     void Remember(const QString& file);
 
     Session session_;
+    StackPanel* stack_;
     Gallery* gallery_;
+    QWidget* tools_ = nullptr; ///< the left side: stack and gallery
     PictureView* picture_;
     ToolPanel* panel_;
     ViewBar* bar_;

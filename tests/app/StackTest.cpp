@@ -136,6 +136,7 @@ TEST_F(StackRuns, ThatAreWrongAreRefusedWithTheToolAndTheControl) {
     wrong(
         R"({"tools": [{"tool": "K7.Clean", "controls": {}}, {"tool": "K7.Trace", "controls": {"Lev": 3}}]})",
         "tool 2, K7Trace: K7Trace has no control 'Lev'");
+    wrong(R"({"tools": [{"tool": "K7.Clean", "on": false, "controls": {}}]})", "switched off");
     wrong(R"([])", "not as k7 writes them");
     ExpectWrong({"render", "Clean", "-i", "in.png", "-o", "o.png", "--then"}, "--then needs a value");
     ExpectWrong(

@@ -3,6 +3,7 @@
 #include "media/PlugIns.h"
 #include "view/Window.h"
 
+#include <QAction>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
@@ -34,6 +35,13 @@ protected:
         return Stored();
     }
     ShotPtr Stored() { return window.Work().Store().Find(window.Work().Frame()); }
+
+    /// An entry of the menus, by its text without marks.
+    QAction* Action(const QString& text) {
+        for (QAction* action : window.findChildren<QAction*>())
+            if (action->text().remove('&').startsWith(text)) return action;
+        throw std::runtime_error("no action " + text.toStdString());
+    }
 
     Look& TheLook() { return *window.Work().CurrentLook(); }
     PictureView& Picture() { return window.Picture(); }

@@ -1,14 +1,21 @@
 #include "host/Tags.h"
 #include "media/PictureFile.h"
 #include "media/Settings.h"
+#include "media/SettingsFile.h"
 #include "tests/view/Support.h"
-#include "view/Command.h"
+#include "view/LookFile.h"
 #include "view/NumberField.h"
 #include "view/RenderDialog.h"
 
 #include <QAction>
+#include <QClipboard>
+#include <QDropEvent>
 #include <QMenu>
+#include <QMimeData>
+#include <QProcess>
 #include <QTemporaryDir>
+
+#include <nlohmann/json.hpp>
 
 #include <map>
 #include <random>
@@ -70,26 +77,127 @@ TEST_F(InWindow, ADragChangesThePicture) {
     EXPECT_TRUE(PixelsOf(*Settled()->after) == before);
 }
 
-TEST_F(InWindow, RenderedFilesAreWhatTheWindowShows) {
+std::vector<float> PixelsIn(const QString& file) {
+    return PixelsOf(*media::ReadPicture(file.toStdString()).image);
+}
+
+int RunK7(const QStringList& words) {
+    return QProcess::execute(QCoreApplication::applicationDirPath() + "/k7", words);
+}
+
+/// Drops a file on the row of a control.
+void DropOn(ControlPanel& panel, const QString& control, const QString& file) {
+    QLineEdit* field = nullptr;
+    for (QLineEdit* each : panel.findChildren<QLineEdit*>())
+        if (each->accessibleName() == control) field = each;
+    ASSERT_NE(field, nullptr);
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(file)});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QApplication::sendEvent(field->parentWidget(), &enter);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QApplication::sendEvent(field->parentWidget(), &drop);
+}
+
+TEST_F(InWindow, TheCopiedCommandAndTheDialogRenderWhatTheWindowShows) {
     const QTemporaryDir folder;
+    ASSERT_EQ(RunK7({"render", "Clean", "-i", "sample:", "-s", "Blend=0", "-f", "6-8", "-o",
+                     folder.filePath("it's a.%04d.tif"), "--quiet"}),
+              0);
     Open("MoBlur"); // a style list that sets sliders, a slider set after it, and keys
-    host::Operator& op = TheLook().Op();
-    media::ApplySetting(op, "Prss=1");
-    media::ApplySetting(op, "Maps=17.3");
-    media::ApplySetting(op, "Blend=@0:0.25,20:1");
+    ASSERT_TRUE(window.OpenFile(folder.filePath("it's a.0007.tif")));
+    for (const char* setting : {"Prss=1", "Maps=17.3", "Blend=@0:0.25,20:1"})
+        media::ApplySetting(TheLook().Op(), setting);
+    TheLook().Add(media::FindTool("Trace"));
+    TheLook().SwitchOn(1, false);
+    TheLook().Add(media::FindTool("Defocus"));
+    media::ApplySetting(TheLook().Op(), "RadB=0.7");
     TheLook().Tell();
-    window.Work().ShowFrame(7);
+    const std::vector<float> everywhere = PixelsOf(*Settled()->after);
+    DropOn(window.Controls(), "Effect Mask", folder.filePath("it's a.0006.tif")); // its sequence is taken
     const ShotPtr shot = Settled();
+    EXPECT_TRUE(PixelsOf(*shot->after) != everywhere);
+    ASSERT_EQ(shot->frame, 7);
+
+    Action("Copy as k7 command")->trigger();
+    const QString command = QApplication::clipboard()->text();
+    const QString path = "PATH=" + QCoreApplication::applicationDirPath() + ":$PATH; ";
+    ASSERT_EQ(QProcess::execute("sh", {"-c", path + command + " --quiet"}), 0) << qPrintable(command);
+    EXPECT_TRUE(PixelsIn(folder.filePath("it's a_MoBlur_Defocus.0007.tif")) == PixelsOf(*shot->after));
+
     RenderDialog dialog(window.Work());
-    const QString file = folder.filePath("it's.%04d.tif");
-    dialog.SetOutput(file);
+    dialog.SetOutput(folder.filePath("dialog.%d.tif"));
     dialog.SetFrames("7");
     QSignalSpy ended(&dialog, &RenderDialog::Ended);
     dialog.Start();
     ASSERT_TRUE(ended.wait(60000));
     ASSERT_EQ(ended[0][0].toInt(), 0);
-    const media::Picture written = media::ReadPicture(folder.filePath("it's.0007.tif").toStdString());
-    EXPECT_TRUE(PixelsOf(*written.image) == PixelsOf(*shot->after));
+    EXPECT_TRUE(PixelsIn(folder.filePath("dialog.7.tif")) == PixelsOf(*shot->after));
+}
+
+TEST_F(InWindow, EveryChangeOfAStackCanBeTakenBackAndMadeAgain) {
+    Open("Clean");
+    const auto set = [&](const char* setting) {
+        TheLook().Do(setting, [&] { media::ApplySetting(TheLook().Op(), setting); });
+    };
+    const std::function<void()> changes[] = {
+        [&] { set("XRad=9"); },
+        [&] { TheLook().Add(media::FindTool("Flare2")); },
+        [&] { set("Stks=9"); },
+        [&] { TheLook().Add(media::FindTool("Trace")); },
+        [&] {
+            TheLook().Do("mask",
+                         [&] { TheLook().WriteText(*TheLook().Op().FindInput("EffectMask"), "sample:"); });
+        },
+        [&] { Action("Move up")->trigger(); },
+        [&] { Action("Switch on or off")->trigger(); },
+        [&] { TheLook().Choose(0); },
+        [&] { TheLook().Replace(media::FindTool("DBlur")); },
+        [&] { Action("Remove")->trigger(); },
+    };
+    std::vector<StackState> states{StateOf(TheLook().Layers())};
+    std::vector<std::vector<float>> pictures{PixelsOf(*Settled()->after)};
+    for (const auto& change : changes) {
+        change();
+        if (StateOf(TheLook().Layers()) == states.back()) continue;
+        states.push_back(StateOf(TheLook().Layers()));
+        pictures.push_back(PixelsOf(*Settled()->after));
+    }
+    EXPECT_EQ(states.size(), 10U); // a tool that is chosen, and what comes without a step, are none
+    const auto expect = [&](std::size_t i) {
+        EXPECT_TRUE(StateOf(TheLook().Layers()) == states[i]) << i;
+        EXPECT_TRUE(PixelsOf(*Settled()->after) == pictures[i]) << i;
+        EXPECT_EQ(window.findChild<StackPanel*>()->findChild<QListWidget*>()->count(),
+                  static_cast<int>(states[i].size()));
+    };
+    for (std::size_t i = states.size() - 1; i > 0; --i, Action("Undo")->trigger()) expect(i);
+    for (std::size_t i = 0; i + 1 < states.size(); ++i, Action("Redo")->trigger()) expect(i);
+}
+
+TEST_F(InWindow, LooksOfStacksAreThoseOfK7) {
+    const QTemporaryDir folder;
+    const QString look = folder.filePath("look.json");
+    ASSERT_EQ(RunK7({"render", "Clean", "-s", "XRad=7", "--then", "Flare2", "-s", "Stks=9", "-i", "sample:",
+                     "-f", "11", "--save-settings", look, "-o", folder.filePath("a.tif"), "--quiet"}),
+              0);
+    Open("Trace");
+    ASSERT_TRUE(window.LoadLook(look));
+    ASSERT_EQ(TheLook().Layers().size(), 2U);
+    EXPECT_TRUE(PixelsIn(folder.filePath("a.tif")) == PixelsOf(*Settled()->after));
+    TheLook().Add(media::FindTool("Trace"));
+    Action("Switch on or off")->trigger(); // which k7 leaves out then
+    media::WriteSettingsFile(SavedLook(TheLook()), look.toStdString());
+    ASSERT_EQ(RunK7({"render", "--settings", look, "-i", "sample:", "-f", "11", "-o",
+                     folder.filePath("b.tif"), "--quiet"}),
+              0);
+    EXPECT_TRUE(PixelsIn(folder.filePath("b.tif")) == PixelsIn(folder.filePath("a.tif")));
+    const StackState was = StateOf(TheLook().Layers());
+    ASSERT_TRUE(window.LoadLook(look));
+    ASSERT_EQ(TheLook().Layers().size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(StateOf(TheLook().Layers())[i].values, was[i].values);
+        EXPECT_EQ(TheLook().Layers()[i].on, was[i].layer.on);
+    }
 }
 
 TEST_F(InWindow, APlayingClipGoesOnAndCanBeStopped) {
@@ -137,6 +245,10 @@ TEST_F(InWindow, HostileTypingDoesNoHarm) {
     }
 }
 
+host::Registry& AnyTool(int number) {
+    return *media::Tools()[static_cast<std::size_t>(number)];
+}
+
 TEST_F(InWindow, RandomActionsDoNoHarm) {
     std::mt19937 dice(7);
     const auto throwDie = [&](int sides) { return static_cast<int>(dice() % static_cast<unsigned>(sides)); };
@@ -145,9 +257,9 @@ TEST_F(InWindow, RandomActionsDoNoHarm) {
     for (QAction* action : window.findChildren<QAction*>())
         if (!action->menu() && !action->text().contains("...") && !action->text().contains("Quit"))
             actions << action;
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         const QPoint at(throwDie(Picture().width()), throwDie(Picture().height()));
-        switch (throwDie(5)) {
+        switch (throwDie(6)) {
         case 0:
             actions[throwDie(static_cast<int>(actions.size()))]->trigger();
             break;
@@ -158,8 +270,11 @@ TEST_F(InWindow, RandomActionsDoNoHarm) {
             window.Work().ShowFrame(throwDie(40) - 8);
             break;
         case 3:
-            if (i % 10 == 3)
-                window.Open(*media::Tools()[static_cast<std::size_t>(throwDie(12))], {"sample:"});
+            if (i % 10 == 3) window.Open(AnyTool(throwDie(12)), {"sample:"});
+            break;
+        case 4:
+            if (TheLook().Layers().size() < 4) TheLook().Add(AnyTool(throwDie(12)));
+            TheLook().Choose(static_cast<std::size_t>(throwDie(4)));
             break;
         default:
             QTest::qWait(throwDie(8));
