@@ -1,10 +1,11 @@
 #include "view/Pipeline.h"
 
-#include "media/Errors.h"
+#include "host/Tags.h"
 
 #include <algorithm>
 #include <chrono>
 #include <new>
+#include <utility>
 
 namespace view {
 
@@ -46,6 +47,11 @@ void Pipeline::Link(const Plan& plan) {
     links.front().insert(links.front().begin(), plan.clip);
     tools_ = std::make_unique<media::Stack>(tools);
     tools_->LinkAll(links, media::Missing::Error, "");
+    PlaceProxies();
+}
+
+void Pipeline::PlaceProxies() {
+    proxies_.clear();
     for (std::size_t i = 0; i < tools_->Size(); ++i)
         for (host::Input* input : tools_->Op(i).Inputs())
             if (media::ClipFeed* feed = tools_->Feeding(input)) {
@@ -54,7 +60,20 @@ void Pipeline::Link(const Plan& plan) {
             }
 }
 
+/// New instances on the same clips.
+void Pipeline::MakeAnew() {
+    auto tools = std::make_unique<media::Stack>(*tools_);
+    const std::lock_guard lock(mutex_);
+    tools_ = std::move(tools);
+    for (std::atomic<bool>* flag : tools_->AbortFlags()) *flag = aborted_;
+    PlaceProxies();
+    fresh_ = true;
+    drawn_.reset();
+}
+
 void Pipeline::SetAborted(bool aborted) {
+    const std::lock_guard lock(mutex_);
+    aborted_ = aborted;
     if (tools_)
         for (std::atomic<bool>* flag : tools_->AbortFlags()) *flag = aborted;
 }
@@ -65,13 +84,32 @@ std::vector<Values> Pipeline::ValuesNow() const {
     return values;
 }
 
-/// What the tools are given. What those above the first that has changed have rendered is used again.
-std::vector<Values> Pipeline::Prepare(const Order& order) {
+/// The values of the tools that draw at random at their first frame and keep it.
+std::vector<Values> Pipeline::Drawing(const std::vector<Values>& sent) const {
+    std::vector<Values> drawing;
+    for (std::size_t i = 0; i < sent.size(); ++i)
+        if (tools_->Op(i).Class()->HasAttr(host::kTagRegCarriesOver)) drawing.push_back(sent[i]);
+    return drawing;
+}
+
+void Pipeline::Set(const Order& order) {
     for (const auto& proxy : proxies_) proxy->SetDivisor(order.divisor);
     for (std::size_t i = 0; i < tools_->Size(); ++i)
         Restore(tools_->Op(i), Scaled(tools_->Op(i), order.values[i], order.divisor));
     tools_->ChooseDepth(media::WorkingDepth::OfPicture, order.frame);
+}
+
+/// What the tools are given. What those above the first that has changed have rendered is used again.
+std::vector<Values> Pipeline::Prepare(const Order& order) {
+    Set(order);
     std::vector<Values> sent = ValuesNow();
+    const std::vector<Values> drawing = Drawing(sent);
+    const bool same = drawn_ == drawing || drawing.empty();
+    if (!same && !fresh_ && !order.patient) {
+        MakeAnew();
+        Set(order);
+    }
+    if (!same && !fresh_) drawn_.reset();
     const auto changed = std::mismatch(sent.begin(), sent.end(), sent_.begin(), sent_.end()).first;
     const bool anew = order.divisor != divisor_;
     tools_->Forget(anew ? 0 : static_cast<std::size_t>(changed - sent.begin()));
@@ -83,11 +121,16 @@ std::vector<Values> Pipeline::Prepare(const Order& order) {
 void Pipeline::RenderTo(Shot& shot, const Order& order) {
     if (!tools_) {
         shot.before = shot.after = clip_->At(order.frame).image;
+        shot.exact = true;
         return;
     }
     const std::vector<Values> sent = Prepare(order);
+    const bool first = std::exchange(fresh_, false);
     shot.before = tools_->MainClip().At(order.frame).image;
     shot.after = tools_->Render(order.frame);
+    const std::vector<Values> drawing = Drawing(sent);
+    if (first && shot.after && order.divisor == 1) drawn_ = drawing;
+    shot.exact = order.divisor == 1 && (drawing.empty() || drawn_ == drawing);
     if (order.divisor == 1) shot.written = Written(order.values, sent, ValuesNow());
 }
 

@@ -4,6 +4,8 @@
 #include "view/Proxy.h"
 #include "view/Shot.h"
 
+#include <mutex>
+
 namespace view {
 
 /// What a frame is rendered by: the tools that are on, and their files.
@@ -35,16 +37,25 @@ public:
 
 private:
     void Link(const Plan& plan);
+    void PlaceProxies();
+    void MakeAnew();
+    void Set(const Order& order);
     std::vector<Values> Prepare(const Order& order);
+    std::vector<Values> Drawing(const std::vector<Values>& sent) const;
     std::vector<Values> ValuesNow() const;
     void RenderTo(Shot& shot, const Order& order);
 
+    std::mutex mutex_;                    ///< guards the exchange of tools
     std::unique_ptr<media::Stack> tools_; ///< null without a tool
-    std::shared_ptr<media::Clip> clip_;   ///< null where the tools have it
+    bool aborted_ = false;
+    std::shared_ptr<media::Clip> clip_; ///< null where the tools have it
     std::vector<std::unique_ptr<Proxy>> proxies_;
     media::FrameSpan span_;
     std::vector<Values> sent_; ///< of the last frame
     int divisor_ = 1;
+    bool fresh_ = true; ///< the tools have not rendered yet
+    /// Values for which the tools draw what those of `k7 render` would, where some draw at random.
+    std::optional<std::vector<Values>> drawn_;
 };
 
 } // namespace view

@@ -120,9 +120,11 @@ void Session::Request() {
 void Session::Ask(int frame) {
     if (!pipeline_) return;
     const int divisor = Divisor();
-    const bool asked = asked_.frame == frame && asked_.version == version_ && asked_.divisor == divisor;
+    const bool dragging = look_->Steps().StepOpen();
+    const bool asked = asked_.frame == frame && asked_.version == version_ && asked_.divisor == divisor &&
+                       asked_.patient == dragging;
     if (asked && renderer_.Busy()) return;
-    asked_ = {frame, version_, divisor, look_->Steps().StepOpen(), nullptr, {}};
+    asked_ = {frame, version_, divisor, dragging, nullptr, {}};
     Order order = asked_;
     order.pipeline = pipeline_;
     for (const LayerState& one : state_)
@@ -140,7 +142,7 @@ void Session::TakeShot(const ShotPtr& shot) {
         return;
     }
     if (shot->divisor == 1) fullTime_ = shot->milliseconds;
-    if (current && shot->divisor == 1) store_.Enter(shot);
+    if (current && shot->exact) store_.Enter(shot);
     if (shot->frame == frame_) emit Shown(shot);
     if (current && shot->written) TakeWritten(*shot->written);
     if (Playing()) AskAhead();

@@ -27,6 +27,7 @@ struct Shot {
     int frame = 0;
     unsigned version = 0;
     int divisor = 1;
+    bool exact = false; ///< as k7 renders it: in full size, and drawn at random with the same numbers
     std::shared_ptr<const host::Image> after;
     std::shared_ptr<const host::Image> before; ///< of the clip, in full size
     double milliseconds = 0.0;

@@ -77,6 +77,25 @@ TEST_F(InWindow, ADragChangesThePicture) {
     EXPECT_TRUE(PixelsOf(*Settled()->after) == before);
 }
 
+TEST_F(InWindow, WhatADragLeavesIsWhatAFreshWindowShows) {
+    Open("Flare"); // it draws streaks at random at its first frame, with what was set then
+    media::ApplySetting(TheLook().Op(), "LMOn=0");
+    TheLook().Tell();
+    Settled();
+    host::Input& radius = *TheLook().Op().FindInput("GloR");
+    TheLook().Begin("drag");
+    for (int i = 1; i <= 5; ++i) {
+        TheLook().Write(radius, {40.0 + i, 0.0});
+        QTest::qWait(60);
+    }
+    TheLook().End();
+    const std::vector<float> dragged = PixelsOf(*Settled()->after);
+    const nlohmann::json look = SavedLook(TheLook());
+    Open("Flare");
+    TakeSavedLook(TheLook(), look, "look");
+    EXPECT_TRUE(PixelsOf(*Settled()->after) == dragged);
+}
+
 std::vector<float> PixelsIn(const QString& file) {
     return PixelsOf(*media::ReadPicture(file.toStdString()).image);
 }
