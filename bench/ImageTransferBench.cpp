@@ -12,18 +12,18 @@ host::Ref<host::Image> HostNoise(host::Depth depth, host::Planes planes) {
 }
 
 /// A host image becomes a picture of the effects, as every input does on every frame.
-template <host::Depth depth, host::Planes planes>
+template <class Sample, host::Depth depth, host::Planes planes>
 void FromHost(benchmark::State& state) {
     const host::Ref<host::Image> source = HostNoise(depth, planes);
-    for (auto _ : state) benchmark::DoNotOptimize(HostToK7Image<u16>(source.get()));
+    for (auto _ : state) benchmark::DoNotOptimize(HostToK7Image<Sample>(source.get()));
     CountPixels(state);
 }
 
 /// And back, as every output does.
-template <host::Depth depth, host::Planes planes>
+template <class Sample, host::Depth depth, host::Planes planes>
 void ToHost(benchmark::State& state) {
-    const host::Ref<host::Image> like(host::Image::Make(kWidth, kHeight, depth, planes));
-    const test::Picture source = test::Noise(kWidth, kHeight);
+    const host::Ref<host::Image> like = HostNoise(depth, planes);
+    const auto source = HostToK7Image<Sample>(like.get());
     for (auto _ : state) {
         const host::Ref<host::Image> image(K7ImageToHost(*like, *source));
         benchmark::DoNotOptimize(image.get());
@@ -33,16 +33,16 @@ void ToHost(benchmark::State& state) {
 
 using host::Depth;
 using host::Planes;
-BENCHMARK(FromHost<Depth::Int8, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(FromHost<Depth::Int16, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(FromHost<Depth::Int16, Planes::Two>)->Unit(benchmark::kMillisecond);
-BENCHMARK(FromHost<Depth::Half, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(FromHost<Depth::Float, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ToHost<Depth::Int8, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ToHost<Depth::Int16, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ToHost<Depth::Int16, Planes::Two>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ToHost<Depth::Half, Planes::One>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ToHost<Depth::Float, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(FromHost<u16, Depth::Int8, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(FromHost<u16, Depth::Int16, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(FromHost<u16, Depth::Int16, Planes::Two>)->Unit(benchmark::kMillisecond);
+BENCHMARK(FromHost<float, Depth::Half, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(FromHost<float, Depth::Float, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(ToHost<u16, Depth::Int8, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(ToHost<u16, Depth::Int16, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(ToHost<u16, Depth::Int16, Planes::Two>)->Unit(benchmark::kMillisecond);
+BENCHMARK(ToHost<float, Depth::Half, Planes::One>)->Unit(benchmark::kMillisecond);
+BENCHMARK(ToHost<float, Depth::Float, Planes::One>)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace k7::bench

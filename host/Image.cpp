@@ -1,9 +1,8 @@
 #include "host/Image.h"
 
-#include <half.h>
+#include "host/Half.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -20,13 +19,14 @@ template <class Stored>
 Stored NearestOf(float real) {
     constexpr double full = std::numeric_limits<Stored>::max();
     const double scaled = static_cast<double>(real) * full + 0.5;
-    return static_cast<Stored>(scaled > 0.0 ? std::min(scaled, full) : 0.0); // NaN is 0 too
+    const double within = scaled > 0.0 ? scaled : 0.0; // NaN is 0 too
+    return static_cast<Stored>(static_cast<int>(within < full ? within : full));
 }
 
 struct Int8 {
     using Stored = std::uint8_t;
     static std::int32_t In(Stored s) { return s * 257; }
-    static Stored Out(std::int32_t h) { return static_cast<Stored>((h + 128) / 257); }
+    static Stored Out(std::int32_t h) { return static_cast<Stored>((h * 255 + 32895) >> 16); } // nearest
     static float Real(Stored s) { return static_cast<float>(s) / 255.0f; }
     static Stored FromReal(float real) { return NearestOf<Stored>(real); }
 };
@@ -41,22 +41,18 @@ struct Int16 {
 
 struct Float {
     using Stored = float;
-    static std::int32_t In(Stored s) {
-        if (!(s > 0.0f)) return 0; // NaN too
-        if (s >= 1.0f) return kFull;
-        return static_cast<std::int32_t>(static_cast<double>(s) * kFull + 0.5);
-    }
-    static Stored Out(std::int32_t h) { return static_cast<Stored>(h / 65535.0); }
+    static std::int32_t In(Stored s) { return NearestOf<std::uint16_t>(s); }
+    static Stored Out(std::int32_t h) { return static_cast<float>(h) / 65535.0f; }
     static float Real(Stored s) { return s; }
     static Stored FromReal(float real) { return real; }
 };
 
 struct Half {
-    using Stored = Imath::half;
-    static std::int32_t In(Stored s) { return Float::In(static_cast<float>(s)); }
-    static Stored Out(std::int32_t h) { return Stored(Float::Out(h)); }
-    static float Real(Stored s) { return static_cast<float>(s); }
-    static Stored FromReal(float real) { return Stored(real); }
+    using Stored = std::uint16_t;
+    static std::int32_t In(Stored s) { return Float::In(FromHalf(s)); }
+    static Stored Out(std::int32_t h) { return ToHalf(Float::Out(h)); }
+    static float Real(Stored s) { return FromHalf(s); }
+    static Stored FromReal(float real) { return ToHalf(real); }
 };
 
 /// Reads and writes pixels of four channels `Channel`, in one plane or two.
@@ -88,29 +84,37 @@ struct Access {
         Store(planes == Planes::One ? plane0 + 3 * kSize : plane1, pixel->Alpha);
     }
 
-    static constexpr std::size_t kColours = planes == Planes::One ? 4 : 3; ///< channels of the first plane
+    // What a channel is outside: a real number, or an integer.
+    static void LoadTo(float* value, const std::byte* at) { *value = Channel::Real(Get(at)); }
+    static void LoadTo(std::uint16_t* value, const std::byte* at) {
+        *value = static_cast<std::uint16_t>(Load(at));
+    }
+    static void StoreFrom(float value, std::byte* at) { Put(at, Channel::FromReal(value)); }
+    static void StoreFrom(std::uint16_t value, std::byte* at) { Store(at, value); }
 
-    static void ReadRow(const Image& image, int y, float* rgba) {
-        const std::byte* at0 = image.PlaneAccess[0].Row(y);
-        const std::byte* at1 = image.PlaneAccess[1].Row(y);
-        for (int x = 0; x < image.Width; ++x, rgba += 4) {
-            for (std::size_t c = 0; c < kColours; ++c, at0 += kSize) rgba[c] = Channel::Real(Get(at0));
-            if constexpr (planes == Planes::Two) {
-                rgba[3] = Channel::Real(Get(at1));
-                at1 += kSize;
+    /// Calls move(stored channel, number) for each channel of a row, in one loop where they lie side by side.
+    template <class Byte, class Value, class Move>
+    static void ForRow(Byte* at0, Byte* at1, int width, Value* rgba, Move move) {
+        const std::size_t pixels = static_cast<std::size_t>(width);
+        if constexpr (planes == Planes::One) {
+            for (std::size_t i = 0; i < 4 * pixels; ++i) move(at0 + i * kSize, rgba + i);
+        } else {
+            for (std::size_t x = 0; x < pixels; ++x, rgba += 4, at0 += 3 * kSize, at1 += kSize) {
+                for (std::size_t c = 0; c < 3; ++c) move(at0 + c * kSize, rgba + c);
+                move(at1, rgba + 3);
             }
         }
     }
-    static void WriteRow(const Image& image, int y, const float* rgba) {
-        std::byte* at0 = image.PlaneAccess[0].Row(y);
-        std::byte* at1 = image.PlaneAccess[1].Row(y);
-        for (int x = 0; x < image.Width; ++x, rgba += 4) {
-            for (std::size_t c = 0; c < kColours; ++c, at0 += kSize) Put(at0, Channel::FromReal(rgba[c]));
-            if constexpr (planes == Planes::Two) {
-                Put(at1, Channel::FromReal(rgba[3]));
-                at1 += kSize;
-            }
-        }
+    template <class Value>
+    static void ReadRow(const Image& image, int y, Value* rgba) {
+        const std::byte* const at0 = image.PlaneAccess[0].Row(y);
+        const std::byte* const at1 = image.PlaneAccess[1].Row(y);
+        ForRow(at0, at1, image.Width, rgba, [](const std::byte* at, Value* value) { LoadTo(value, at); });
+    }
+    template <class Value>
+    static void WriteRow(const Image& image, int y, const Value* rgba) {
+        ForRow(image.PlaneAccess[0].Row(y), image.PlaneAccess[1].Row(y), image.Width, rgba,
+               [](std::byte* at, const Value* value) { StoreFrom(*value, at); });
     }
 };
 
@@ -118,13 +122,16 @@ struct Format {
     std::size_t size; ///< bytes of a channel
     PixelReader read;
     PixelWriter write;
-    void (*readRow)(const Image&, int, float*);
-    void (*writeRow)(const Image&, int, const float*);
+    Image::RowAccess rows;
 };
 
 template <class Access>
 constexpr Format FormatBy() {
-    return {Access::kSize, Access::Read, Access::Write, Access::ReadRow, Access::WriteRow};
+    return {Access::kSize,
+            Access::Read,
+            Access::Write,
+            {Access::template ReadRow<float>, Access::template WriteRow<float>,
+             Access::template ReadRow<std::uint16_t>, Access::template WriteRow<std::uint16_t>}};
 }
 
 template <class Channel>
@@ -168,17 +175,17 @@ Image::Image(int width, int height, Depth depth, Planes planes)
     const Format format = FormatOf(depth, planes);
     Read = format.read;
     Write = format.write;
-    readRow_ = format.readRow;
-    writeRow_ = format.writeRow;
+    rows_ = format.rows;
 }
 
 void Image::LayOutOwn() {
     const std::size_t size = FormatOf(PixelDepth, PixelPlanes).size;
-    store_.resize(static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height) * 4 * size);
+    bytes_ = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height) * 4 * size;
+    store_.reset(new std::byte[bytes_]);
     if (PixelPlanes == Planes::One) {
-        LayOut(PlaneAccess[0], store_.data(), Width, Height, 4 * size);
+        LayOut(PlaneAccess[0], store_.get(), Width, Height, 4 * size);
     } else {
-        std::byte* behind = LayOut(PlaneAccess[0], store_.data(), Width, Height, 3 * size);
+        std::byte* behind = LayOut(PlaneAccess[0], store_.get(), Width, Height, 3 * size);
         LayOut(PlaneAccess[1], behind, Width, Height, size);
     }
 }
@@ -193,6 +200,12 @@ bool IsSize(int width, int height) {
 } // namespace
 
 Image* Image::Make(int width, int height, Depth depth, Planes planes) {
+    Image* image = MakeUnset(width, height, depth, planes);
+    if (image) std::memset(image->store_.get(), 0, image->bytes_);
+    return image;
+}
+
+Image* Image::MakeUnset(int width, int height, Depth depth, Planes planes) {
     if (!IsSize(width, height)) return nullptr;
     try {
         Ref<Image> image(new Image(width, height, depth, planes));
@@ -221,7 +234,7 @@ Image* Image::NewImage(const TagList& tags) {
     const auto* pointer = value ? std::get_if<const void*>(value) : nullptr;
     if (!pointer || !*pointer) return nullptr;
     const auto* like = static_cast<const Image*>(*pointer);
-    Image* image = Make(like->Width, like->Height, like->PixelDepth, like->PixelPlanes);
+    Image* image = MakeUnset(like->Width, like->Height, like->PixelDepth, like->PixelPlanes);
     if (image) {
         image->AspectX = like->AspectX;
         image->AspectY = like->AspectY;

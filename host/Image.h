@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace host {
@@ -47,17 +48,21 @@ public:
     [[nodiscard]] static Image* Over(std::byte* bottom, std::ptrdiff_t rowBytes, int width, int height,
                                      Depth depth);
 
-    /// A new image of the size, aspect, depth and planes of the one under kTagImageLike; null without
-    /// memory. The caller owns it.
+    /// A new image of the size, aspect, depth and planes of the one under kTagImageLike, with undefined
+    /// contents; null without memory. The caller owns it.
     [[nodiscard]] static Image* NewImage(const TagList& tags);
 
-    std::size_t Bytes() const { return store_.size(); }
+    std::size_t Bytes() const { return bytes_; }
 
     /// A whole row as red, green, blue, alpha side by side, 4 x Width floats, where 1.0 is white. Half and
     /// float come and go unchanged, NaN and infinities too. What goes into an integer depth is clamped and
     /// rounded to the nearest, NaN to 0.
-    void ReadRow(int y, float* rgba) const { readRow_(*this, y, rgba); }
-    void WriteRow(int y, const float* rgba) { writeRow_(*this, y, rgba); }
+    void ReadRow(int y, float* rgba) const { rows_.read(*this, y, rgba); }
+    void WriteRow(int y, const float* rgba) { rows_.write(*this, y, rgba); }
+
+    /// The same as 4 x Width of the integers that Read and Write know, from 0 to 65535.
+    void ReadRow(int y, std::uint16_t* rgba) const { rows_.readIntegers(*this, y, rgba); }
+    void WriteRow(int y, const std::uint16_t* rgba) { rows_.writeIntegers(*this, y, rgba); }
 
     const int Width;
     const int Height;
@@ -69,16 +74,23 @@ public:
     PixelReader Read;
     PixelWriter Write;
 
+    /// How rows of a format are read and written.
+    struct RowAccess {
+        void (*read)(const Image& image, int y, float* rgba);
+        void (*write)(const Image& image, int y, const float* rgba);
+        void (*readIntegers)(const Image& image, int y, std::uint16_t* rgba);
+        void (*writeIntegers)(const Image& image, int y, const std::uint16_t* rgba);
+    };
+
 private:
     Image(int width, int height, Depth depth, Planes planes);
+    static Image* MakeUnset(int width, int height, Depth depth, Planes planes);
     void LayOutOwn();
 
-    using RowReader = void (*)(const Image& image, int y, float* rgba);
-    using RowWriter = void (*)(const Image& image, int y, const float* rgba);
+    RowAccess rows_;
 
-    RowReader readRow_;
-    RowWriter writeRow_;
-    std::vector<std::byte> store_;
+    std::size_t bytes_ = 0;
+    std::unique_ptr<std::byte[]> store_; ///< null where the pixels belong to someone else
 };
 
 } // namespace host

@@ -59,7 +59,11 @@ std::unique_ptr<PictureK7<Sample>> PictureK7<Sample>::MakeCopy(const PictureK7& 
     image->AspectX = source.AspectX;
     image->AspectY = source.AspectY;
     image->WidthScale = source.WidthScale;
-    std::memcpy(image->Rows[0], source.Rows[0], source.RowBytes() * static_cast<std::size_t>(source.Height));
+    RunImageRows(source.Height, [&](int first, int last) {
+        if (first > last) return;
+        const auto rows = static_cast<std::size_t>(last - first + 1);
+        std::memcpy(image->Rows[first], source.Rows[first], source.RowBytes() * rows);
+    });
     return image;
 }
 

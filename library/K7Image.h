@@ -24,7 +24,8 @@ public:
     /// A picture over memory that the caller owns and keeps alive; null as above.
     [[nodiscard]] static std::unique_ptr<PictureK7> MakeOver(Sample* pixels, int width, int height);
 
-    /// A copy with a store of its own, of the same size, aspect and WidthScale; null without memory.
+    /// A copy with a store of its own, of the same size, aspect and WidthScale; null without memory. On all
+    /// threads.
     [[nodiscard]] static std::unique_ptr<PictureK7> MakeCopy(const PictureK7& source);
 
     PictureK7(const PictureK7&) = delete;

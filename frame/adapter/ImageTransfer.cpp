@@ -1,92 +1,76 @@
 #include "frame/adapter/ImageTransfer.h"
 
+#include "baselib/Buffer.h"
 #include "frame/ImageXfmK7.h"
 #include "frame/PluginK7.h"
 #include "library/Chunks.h"
 
 #include <algorithm>
-#include <cmath>
-#include <vector>
+#include <atomic>
+#include <bit>
+#include <cstdint>
 
 namespace k7 {
 
 namespace {
 
-constexpr int kFull = 65535;
-
-u16 WordIn(std::int32_t h) {
-    return static_cast<u16>(std::clamp(h, 0, kFull) >> 1);
+u16 SampleIn(u16 h) {
+    return static_cast<u16>(h >> 1);
 }
 
-std::int32_t WordOut(u16 k) {
-    return std::min(k << 1 | k >> 14, kFull);
+u16 SampleOut(u16 k) {
+    constexpr int full = 65535;
+    return static_cast<u16>(std::min(k << 1 | k >> 14, full));
 }
 
 constexpr float kWhite = kFullScale;
 constexpr float kMostHalf = 65504.0f;
 
-/// Onto the scale of words. NaN is black; infinities are the largest half, with their sign.
-float FloatIn(float stored) {
-    if (std::isnan(stored)) return 0.0f;
-    if (std::isinf(stored)) stored = std::copysign(kMostHalf, stored);
-    return stored * kWhite;
+/// Onto the scale of words. NaN is black; infinities are the largest half, with their sign. By masks, which
+/// go through vector registers where branches do not.
+float SampleIn(float stored) {
+    constexpr std::uint32_t infinity = 0x7f800000, sign = 0x80000000;
+    const auto bits = std::bit_cast<std::uint32_t>(stored);
+    const std::uint32_t magnitude = bits & ~sign;
+    const std::uint32_t finite = 0u - static_cast<std::uint32_t>(magnitude < infinity);
+    const std::uint32_t endless = 0u - static_cast<std::uint32_t>(magnitude == infinity);
+    const std::uint32_t held = (bits & sign) | std::bit_cast<std::uint32_t>(kMostHalf);
+    return std::bit_cast<float>((bits & finite) | (held & endless)) * kWhite;
 }
 
-float FloatOut(float sample) {
+float SampleOut(float sample) {
     return sample / kWhite;
 }
 
-void Decode(const host::Image& source, K7Image& to) {
-    const host::Image::Plane& plane0 = source.PlaneAccess[0];
-    const host::Image::Plane& plane1 = source.PlaneAccess[1];
-    host::Pixel pixel;
-    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
-        const std::byte* at0 = plane0.Row(y);
-        const std::byte* at1 = plane1.Row(y);
-        u16* word = to.Rows[y];
-        for (int x = 0; x < source.Width; ++x, at0 += plane0.Step, at1 += plane1.Step, word += 4) {
-            source.Read(&pixel, at0, at1);
-            word[0] = WordIn(pixel.Red);
-            word[1] = WordIn(pixel.Green);
-            word[2] = WordIn(pixel.Blue);
-            word[3] = WordIn(pixel.Alpha);
+/// `to` has the size of `source`.
+template <class Sample>
+void Decode(const host::Image& source, const PictureK7<Sample>& to) {
+    RunImageRows(source.Height, [&](int first, int last) {
+        for (int y = first; y <= last && !AbortRequested(); ++y) {
+            Sample* const row = to.Rows[y];
+            source.ReadRow(y, row);
+            std::transform(row, row + to.RowBytes() / sizeof(Sample), row,
+                           [](Sample stored) { return SampleIn(stored); });
         }
-    }
+    });
 }
 
-void Decode(const host::Image& source, FloatImageK7& to) {
-    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
-        float* row = to.Rows[y];
-        source.ReadRow(y, row);
-        for (int i = 0; i < source.Width * to.Channels; ++i) row[i] = FloatIn(row[i]);
-    }
-}
-
-void Encode(const K7Image& source, host::Image& to) {
-    const host::Image::Plane& plane0 = to.PlaneAccess[0];
-    const host::Image::Plane& plane1 = to.PlaneAccess[1];
-    host::Pixel pixel;
-    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
-        std::byte* at0 = plane0.Row(y);
-        std::byte* at1 = plane1.Row(y);
-        const u16* word = source.Rows[y];
-        for (int x = 0; x < source.Width; ++x, at0 += plane0.Step, at1 += plane1.Step, word += 4) {
-            pixel.Red = WordOut(word[0]);
-            pixel.Green = WordOut(word[1]);
-            pixel.Blue = WordOut(word[2]);
-            pixel.Alpha = WordOut(word[3]);
-            to.Write(&pixel, at0, at1);
+/// False where allocation fails.
+template <class Sample>
+bool Encode(const PictureK7<Sample>& source, host::Image& to) {
+    std::atomic<bool> complete = true;
+    RunImageRows(source.Height, [&](int first, int last) {
+        if (first > last) return;
+        const Buffer<Sample> row(static_cast<std::size_t>(source.Width) * source.Channels,
+                                 "adapter/ImageTransfer", __LINE__);
+        if (!row) complete = false;
+        for (int y = first; y <= last && row && !AbortRequested(); ++y) {
+            const Sample* from = source.Rows[y];
+            for (Sample& stored : row) stored = SampleOut(*from++);
+            to.WriteRow(y, row.data());
         }
-    }
-}
-
-void Encode(const FloatImageK7& source, host::Image& to) {
-    const std::size_t samples = static_cast<std::size_t>(source.Width) * source.Channels;
-    std::vector<float> row(samples);
-    for (int y = 0; y < source.Height && !AbortRequested(); ++y) {
-        std::transform(source.Rows[y], source.Rows[y] + samples, row.begin(), FloatOut);
-        to.WriteRow(y, row.data());
-    }
+    });
+    return complete;
 }
 
 template <class Sample>
@@ -137,9 +121,8 @@ bool HostIntoK7Image(const host::Image* source, PictureK7<Sample>& target) {
 
 template <class Sample>
 host::Image* K7ImageToHost(const host::Image& like, const PictureK7<Sample>& source) {
-    host::Image* image = host::Image::NewImage({{host::kTagImageLike, &like}});
-    if (image) Encode(source, *image);
-    return image;
+    host::Ref<host::Image> image(host::Image::NewImage({{host::kTagImageLike, &like}}));
+    return image && Encode(source, *image) ? image.release() : nullptr;
 }
 
 template std::unique_ptr<K7Image> HostToK7Image(const host::Image*);

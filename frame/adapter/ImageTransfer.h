@@ -9,10 +9,10 @@ namespace k7 {
 
 class PluginK7;
 
-// Pictures cross between the host and the effects. As words they go pixel by pixel, in 16-bit units: a host
-// word loses its lowest bit on the way in. As floats they go in whole rows, of which only NaN and infinities
-// are changed. Full scale is full scale on both sides. Rows keep their order. `Sample` is u16 or float.
-// Where the frame is aborted, reading fails, and what is written lacks rows.
+// Pictures cross between the host and the effects in whole rows, within a frame on all its threads. A host
+// word loses its lowest bit on the way in; of floats only NaN and infinities are changed. Full scale is full
+// scale on both sides. Rows keep their order. `Sample` is u16 or float. Where the frame is aborted, reading
+// fails, and what is written lacks rows.
 
 /// A new picture of the source's size and aspect. Null without a source or where allocation fails.
 template <class Sample>

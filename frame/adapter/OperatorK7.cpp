@@ -60,7 +60,7 @@ void OperatorK7::RunFrameIn(Request* request) {
     const auto second = ReadSecondImage(request, main, *input);
     ReadFrameValues(request);
     if (AbortFlag) return;
-    const auto output = HostToK7Image<Sample>(main);
+    const auto output = PictureK7<Sample>::MakeCopy(*input);
     if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
 
     RunCore(input.get(), second.get(), output.get());

@@ -1,10 +1,16 @@
 #include "host/Image.h"
 
-#include <gtest/gtest.h>
+#include "host/Half.h"
 
+#include <gtest/gtest.h>
+#include <half.h>
+
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
+#include <vector>
 
 namespace host::test {
 namespace {
@@ -45,6 +51,47 @@ TEST(HostImage, WordsRoundToTheNearestStoredValue) {
         EXPECT_EQ(WriteAndRead(Depth::Float, Planes::Two, pixel).Alpha, word);
         EXPECT_EQ(WriteAndRead(Depth::Int8, Planes::One, pixel).Red, std::lround(word / 257.0) * 257) << word;
     }
+}
+
+TEST(HostImage, HalvesAreThoseOfImath) {
+    const auto bits = [](float value) { return std::bit_cast<std::uint32_t>(value); };
+    for (std::uint32_t i = 0; i < 65536; ++i) {
+        Imath::half half;
+        half.setBits(static_cast<std::uint16_t>(i));
+        ASSERT_EQ(bits(FromHalf(static_cast<std::uint16_t>(i))), bits(static_cast<float>(half))) << i;
+        // The neighbours of the float, and what lies half-way to the next half.
+        for (std::uint32_t near : {0u, 1u, 0xffffffffu, 0xfffu, 0x1000u, 0x1001u}) {
+            const float value = std::bit_cast<float>(bits(static_cast<float>(half)) + near);
+            ASSERT_EQ(ToHalf(value), Imath::half(value).bits()) << value;
+        }
+    }
+}
+
+TEST(HostImage, RowsOfIntegersAreTheWordsOfTheirPixels) {
+    for (Planes planes : {Planes::One, Planes::Two})
+        for (Depth depth : {Depth::Int8, Depth::Int16, Depth::Half, Depth::Float}) {
+            const Ref<Image> one = NewImage(16384, 1, depth, planes),
+                             other = NewImage(16384, 1, depth, planes);
+            std::vector<std::uint16_t> words(65536), back(65536);
+            std::iota(words.begin(), words.end(), std::uint16_t{0});
+            one->WriteRow(0, words.data());
+            one->ReadRow(0, back.data());
+            const Image::Plane* const to = other->PlaneAccess;
+            for (std::size_t x = 0; x < 16384; ++x) {
+                const std::uint16_t* const w = &words[4 * x];
+                const Pixel pixel{w[2], w[1], w[0], w[3]};
+                std::byte* const at0 = to[0].Row(0) + static_cast<std::ptrdiff_t>(x) * to[0].Step;
+                std::byte* const at1 =
+                    to[1].Row(0) ? to[1].Row(0) + static_cast<std::ptrdiff_t>(x) * to[1].Step : nullptr;
+                other->Write(&pixel, at0, at1);
+                Pixel read;
+                other->Read(&read, at0, at1);
+                const std::uint16_t* const b = &back[4 * x];
+                ASSERT_TRUE(read.Red == b[0] && read.Green == b[1] && read.Blue == b[2] &&
+                            read.Alpha == b[3]);
+            }
+            EXPECT_EQ(std::memcmp(one->PlaneAccess[0].Row(0), to[0].Row(0), one->Bytes()), 0);
+        }
 }
 
 TEST(HostImage, RealChannelsOutsideZeroToOneAreHeld) {
