@@ -41,9 +41,9 @@ private:
         void Take(const std::shared_ptr<const host::Image>& image);
     };
 
-    void Bind(const Texture& texture, int unit, double zoom) const;
+    void Bind(const Texture& texture, double zoom) const;
 
-    std::unique_ptr<QOpenGLShaderProgram> program_;
+    std::unique_ptr<QOpenGLShaderProgram> plain_, full_; ///< plain: colours as they are
     Texture before_, after_;
 };
 

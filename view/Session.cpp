@@ -141,7 +141,7 @@ void Session::TakeShot(const ShotPtr& shot) {
         emit Problem(QString::fromStdString(shot->problem));
         return;
     }
-    if (shot->divisor == 1) fullTime_ = shot->milliseconds;
+    fullTime_ = shot->milliseconds * shot->divisor * shot->divisor;
     if (current && shot->exact) store_.Enter(shot);
     if (shot->frame == frame_) emit Shown(shot);
     if (current && shot->written) TakeWritten(*shot->written);

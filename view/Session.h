@@ -65,7 +65,7 @@ private:
     StackState state_;
     unsigned version_ = 0, opened_ = 0; ///< of the look; when the clip was opened
     int frame_ = 0;
-    double fullTime_ = 0.0; ///< milliseconds of the last frame in full size
+    double fullTime_ = 0.0; ///< milliseconds that a frame in full size takes, by the last one
     Order asked_;           ///< last, without values
     QTimer player_;
     Renderer renderer_;
