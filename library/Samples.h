@@ -20,8 +20,11 @@ struct SampleTraits;
 template <>
 struct SampleTraits<u16> {
     static constexpr bool kWords = true;
-    /// Toward zero, clamped.
-    static constexpr u16 Truncated(double value) { return ClampWord(Trunc(value)); }
+    /// Toward zero, clamped. Without branches, for vector registers.
+    static constexpr u16 Truncated(double value) {
+        const double light = value > 0.0 ? value : 0.0;
+        return static_cast<u16>(static_cast<int>(light < kFullScale ? light : kFullScale));
+    }
     /// Halves up, clamped.
     static constexpr u16 Rounded(double value) { return Truncated(value + 0.5); }
 };
