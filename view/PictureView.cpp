@@ -31,6 +31,11 @@ void AskForOpenGL() {
     QSurfaceFormat::setDefaultFormat(format);
 }
 
+bool HasOpenGL() {
+    QOpenGLContext context;
+    return context.create();
+}
+
 PictureView::PictureView(QWidget* parent) : QOpenGLWidget(parent) {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);

@@ -14,6 +14,9 @@ namespace view {
 /// Asks for the OpenGL that the tools' widgets are drawn with. Before the program's QApplication is made.
 void AskForOpenGL();
 
+/// Whether there is any. Without it a PictureView must not stand in a window.
+bool HasOpenGL();
+
 /// Shows a rendered frame beside its source, with the tool's widgets over it.
 class PictureView : public QOpenGLWidget {
     Q_OBJECT

@@ -10,9 +10,21 @@
 #include <QFormLayout>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <csignal>
 
 namespace view {
+
+namespace {
+
+QString TimeText(qint64 seconds) {
+    if (seconds < 60) return RenderDialog::tr("%1 s").arg(seconds);
+    const qint64 minutes = (seconds + 59) / 60;
+    if (minutes < 60) return RenderDialog::tr("%1 min").arg(minutes);
+    return RenderDialog::tr("%1 h %2 min").arg(minutes / 60).arg(minutes % 60);
+}
+
+} // namespace
 
 RenderDialog::RenderDialog(const Session& session, QWidget* parent)
     : QDialog(parent)
@@ -109,8 +121,12 @@ void RenderDialog::Read() {
         const int done = match.captured(2).toInt(), all = match.captured(3).toInt();
         progress_->setMaximum(all);
         progress_->setValue(done);
-        const double left = static_cast<double>(clock_.elapsed()) / done * (all - done) / 1000.0;
-        state_->setText(tr("Frame %1, %2 s left").arg(match.captured(1)).arg(left, 0, 'f', 0));
+        const qint64 left = clock_.elapsed() * (all - done) / std::max(done, 1) / 1000;
+        state_->setText(tr("Frame %1 is written, %2 of %3. About %4 left.")
+                            .arg(match.captured(1))
+                            .arg(done)
+                            .arg(all)
+                            .arg(TimeText(left)));
     }
 }
 

@@ -16,6 +16,8 @@ namespace view {
 
 namespace {
 
+constexpr int kRecoveryPause = 1000; ///< milliseconds from a change until it is kept
+
 /// Frames at which any control has a key.
 std::vector<int> KeysOf(const host::Operator& op) {
     std::set<int> frames;
@@ -31,7 +33,7 @@ Window::Window(QWidget* parent)
     : QMainWindow(parent)
     , stack_(new StackPanel(this))
     , gallery_(new Gallery(this))
-    , picture_(new PictureView(this))
+    , picture_(new PictureView)
     , panel_(new ToolPanel(this))
     , bar_(new ViewBar(this))
     , timeline_(new Timeline(this))
@@ -60,7 +62,7 @@ void Window::LayOut() {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(bar_);
-    column->addWidget(picture_, 1);
+    column->addWidget(MakePicture(), 1);
     column->addWidget(MakeTimeBar());
 
     auto* splitter = new QSplitter(this);
@@ -81,6 +83,17 @@ void Window::LayOut() {
     statusBar()->addWidget(message_, 1);
     statusBar()->addPermanentWidget(pixel_);
     statusBar()->addPermanentWidget(timing_);
+}
+
+QWidget* Window::MakePicture() {
+    if (HasOpenGL()) return picture_;
+    unseen_.reset(picture_);
+    auto* line = new QLabel(tr("Pictures cannot be shown: there is no OpenGL here.\n"
+                               "Looks can be made, saved and rendered."),
+                            this);
+    line->setObjectName("WithoutOpenGL");
+    line->setAlignment(Qt::AlignCenter);
+    return line;
 }
 
 QWidget* Window::MakeToolSide() {
@@ -139,8 +152,8 @@ void Window::Connect() {
         showing.wipe = picture_->How().wipe;
         SetShowing(showing);
     });
+    recovery_.setSingleShot(true);
     connect(&recovery_, &QTimer::timeout, this, &Window::KeepForRecovery);
-    recovery_.start(5000);
 }
 
 bool Window::Open(host::Registry& tool, const std::vector<std::string>& links) {
@@ -190,6 +203,7 @@ void Window::RefreshControls() {
         names << QString::fromStdString(media::PlainName(*layer.op->Class()));
     setWindowTitle(tr("%1 on %2[*] - k7view").arg(names.join(", "), QString::fromStdString(session_.Clip())));
     setWindowModified(look.Unsaved());
+    if (!recovery_.isActive()) recovery_.start(kRecoveryPause);
     const auto name = [](QAction& action, const QString& verb, const std::string& title) {
         action.setText(title.empty() ? verb : verb + " " + QString::fromStdString(title));
         action.setEnabled(!title.empty());

@@ -43,6 +43,7 @@ protected:
 
 private:
     void LayOut();
+    QWidget* MakePicture();
     QWidget* MakeToolSide();
     QWidget* MakeTimeBar();
     void Connect();
@@ -114,13 +115,14 @@ private:
     Gallery* gallery_;
     QWidget* tools_ = nullptr; ///< the left side: stack and gallery
     PictureView* picture_;
+    std::unique_ptr<PictureView> unseen_; ///< the same, where there is no OpenGL to show it with
     ToolPanel* panel_;
     ViewBar* bar_;
     Timeline* timeline_;
     QLabel *message_, *pixel_, *timing_;
     QMenu *recent_ = nullptr, *styles_ = nullptr;
     QAction *undo_ = nullptr, *redo_ = nullptr, *play_ = nullptr;
-    QTimer recovery_;
+    QTimer recovery_; ///< runs while a change waits to be kept
 };
 
 } // namespace view
