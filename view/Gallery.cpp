@@ -3,6 +3,8 @@
 #include "media/PlugIns.h"
 #include "view/ToolPicture.h"
 
+#include <QKeyEvent>
+
 namespace view {
 
 namespace {
@@ -11,11 +13,11 @@ constexpr int kWide = kToolPicture.width(), kHigh = kToolPicture.height();
 
 } // namespace
 
-Gallery::Gallery(QWidget* parent) : QListWidget(parent) {
+Gallery::Gallery(int columns, QWidget* parent) : QListWidget(parent) {
     setViewMode(QListView::IconMode);
     setIconSize({kWide, kHigh});
     setGridSize({kWide + 18, kHigh + 30});
-    setFixedWidth(kWide + 42);
+    setFixedWidth(columns * gridSize().width() + 24);
     setViewportMargins(0, 8, 0, 0);
     setMovement(QListView::Static);
     setResizeMode(QListView::Adjust);
@@ -27,10 +29,15 @@ Gallery::Gallery(QWidget* parent) : QListWidget(parent) {
         auto* item = new QListWidgetItem(PictureOf(*tool), name, this);
         item->setToolTip(DescriptionOf(*tool));
     }
-    connect(this, &QListWidget::itemActivated, this,
-            [this] { emit Chosen(media::Tools().at(static_cast<std::size_t>(currentRow()))); });
     connect(this, &QListWidget::itemClicked, this,
             [this] { emit Chosen(media::Tools().at(static_cast<std::size_t>(currentRow()))); });
+}
+
+void Gallery::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        emit itemClicked(currentItem());
+    else
+        QListWidget::keyPressEvent(event);
 }
 
 void Gallery::Mark(const host::Registry& tool) {

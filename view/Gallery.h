@@ -11,12 +11,15 @@ class Gallery : public QListWidget {
     Q_OBJECT
 
 public:
-    explicit Gallery(QWidget* parent = nullptr);
+    explicit Gallery(int columns, QWidget* parent = nullptr);
 
     void Mark(const host::Registry& tool);
 
 signals:
     void Chosen(host::Registry* tool);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 };
 
 } // namespace view

@@ -88,7 +88,7 @@ void Look::SwitchOn(std::size_t layer, bool on) {
 void Look::ReplaceAll(const QString& title, std::vector<Layer> layers) {
     Restack(title, [&] {
         std::swap(history_.Layers, layers);
-        chosen_ = std::min(chosen_, Layers().size() - 1);
+        chosen_ = Layers().size() - 1;
     });
 }
 

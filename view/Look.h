@@ -35,7 +35,7 @@ public:
     void Remove();                      ///< the chosen one, but not the last that is left
     void Move(int by);                  ///< the chosen one, down or up
     void SwitchOn(std::size_t layer, bool on);
-    /// All tools at once. Those of `layers` were made with NewLayer.
+    /// All tools at once; chooses the last. Those of `layers` were made with NewLayer.
     void ReplaceAll(const QString& title, std::vector<Layer> layers);
     void Choose(std::size_t layer);
 

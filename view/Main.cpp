@@ -42,9 +42,8 @@ Options Parse(const QApplication& program) {
 
 int Run(QApplication& program, const Options& options) {
     media::LoadPlugIns();
-    QSettings settings;
-    if (!options.theme.isEmpty()) settings.setValue("dark", options.theme == "dark");
-    view::UseTheme(settings.value("dark", true).toBool());
+    const QSettings settings;
+    view::UseTheme(options.theme.isEmpty() ? settings.value("dark", true).toBool() : options.theme == "dark");
 
     std::vector<std::string> links;
     for (const QString& input : options.inputs) links.push_back(input.toStdString());

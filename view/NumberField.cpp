@@ -18,7 +18,7 @@ NumberField::NumberField(double step, bool whole, QWidget* parent)
     : QLineEdit(parent)
     , step_(step)
     , whole_(whole) {
-    setFixedWidth(72);
+    setFixedWidth(78);
     setAlignment(Qt::AlignRight);
     connect(this, &QLineEdit::editingFinished, this, &NumberField::Take);
 }

@@ -1,11 +1,13 @@
 #include "view/StackPanel.h"
 
 #include "media/PlugIns.h"
+#include "view/Gallery.h"
 #include "view/Tick.h"
 #include "view/ToolPicture.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <QWidgetAction>
 
 #include <algorithm>
 
@@ -15,6 +17,7 @@ namespace {
 
 constexpr QSize kPicture{48, 27};
 constexpr int kRowHeight = 34;
+constexpr int kColumns = 4; ///< of the menu
 
 } // namespace
 
@@ -66,13 +69,17 @@ QToolButton* StackPanel::AddButton(const QString& text, const QString& tip) {
 }
 
 void StackPanel::FillMenu() {
-    tools_->setToolTipsVisible(true);
-    for (host::Registry* tool : media::Tools()) {
-        QAction* action = tools_->addAction(PictureOf(*tool), QString::fromStdString(media::PlainName(*tool)),
-                                            this, [this, tool] { look_->Add(*tool); });
-        action->setToolTip(DescriptionOf(*tool));
-        action->setIconVisibleInMenu(true);
-    }
+    auto* gallery = new Gallery(kColumns, tools_);
+    const int rows = (gallery->count() + kColumns - 1) / kColumns;
+    gallery->setFixedHeight(rows * gallery->gridSize().height() + 12);
+    auto* entry = new QWidgetAction(tools_);
+    entry->setDefaultWidget(gallery);
+    tools_->addAction(entry);
+    connect(tools_, &QMenu::aboutToShow, gallery, [gallery] { gallery->setFocus(); });
+    connect(gallery, &Gallery::Chosen, this, [this](host::Registry* tool) {
+        tools_->close();
+        look_->Add(*tool);
+    });
 }
 
 void StackPanel::OfferTools() {

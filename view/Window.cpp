@@ -32,7 +32,7 @@ std::vector<int> KeysOf(const host::Operator& op) {
 Window::Window(QWidget* parent)
     : QMainWindow(parent)
     , stack_(new StackPanel(this))
-    , gallery_(new Gallery(this))
+    , gallery_(new Gallery(1, this))
     , picture_(new PictureView)
     , panel_(new ToolPanel(this))
     , bar_(new ViewBar(this))

@@ -154,6 +154,14 @@ TEST_F(InWindow, TheCopiedCommandAndTheDialogRenderWhatTheWindowShows) {
     EXPECT_TRUE(PixelsIn(folder.filePath("dialog.7.tif")) == PixelsOf(*shot->after));
 }
 
+/// Clicks on a tool in the menu of the stack.
+void AddFromMenu(const QString& tool) {
+    auto* gallery = QApplication::activePopupWidget()->findChild<Gallery*>();
+    ASSERT_NE(gallery, nullptr);
+    const QListWidgetItem* item = gallery->findItems(tool, Qt::MatchExactly).at(0);
+    QTest::mouseClick(gallery->viewport(), Qt::LeftButton, {}, gallery->visualItemRect(item).center());
+}
+
 TEST_F(InWindow, EveryChangeOfAStackCanBeTakenBackAndMadeAgain) {
     Open("Clean");
     const auto set = [&](const char* setting) {
@@ -163,7 +171,10 @@ TEST_F(InWindow, EveryChangeOfAStackCanBeTakenBackAndMadeAgain) {
         [&] { set("XRad=9"); },
         [&] { TheLook().Add(media::FindTool("Flare2")); },
         [&] { set("Stks=9"); },
-        [&] { TheLook().Add(media::FindTool("Trace")); },
+        [&] {
+            Action("Add tool")->trigger();
+            AddFromMenu("Trace");
+        },
         [&] {
             TheLook().Do("mask",
                          [&] { TheLook().WriteText(*TheLook().Op().FindInput("EffectMask"), "sample:"); });
