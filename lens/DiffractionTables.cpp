@@ -87,7 +87,7 @@ double Largest(const double (&rgb)[3]) {
 /// Adds one fringe to the shades of a kernel: a line that starts at (x, y), counted from the centre, and runs
 /// outward.
 template <class Real>
-void DrawFringe(HaloKernel<Real>& halo, int x, int y, LineStepper<Real> line, Real weight) {
+void DrawFringe(HaloKernel<Real>& halo, std::int64_t x, std::int64_t y, LineStepper<Real> line, Real weight) {
     if (line.Major == 0) return;
     const auto within = [](std::int64_t i, int reach) { return i >= -reach && i <= reach; };
     const auto shade = [&](std::int64_t column, std::int64_t row, Real more) {
@@ -210,10 +210,9 @@ void AddFringes(HaloKernel<Real>& halo, int count, Real strength, float aspect, 
         const Real inner = r - (u3 * static_cast<Real>(0.4) + static_cast<Real>(0.5)) * r;
         const Direction<Real> from(angle, inner, aspect);
         const Direction<Real> to(angle, r, aspect);
-        const int x = Trunc(from.X + r);
-        const int y = Trunc(from.Y + r);
-        const LineStepper<Real> line(static_cast<std::int64_t>(Trunc(to.X + r)) - x,
-                                     static_cast<std::int64_t>(Trunc(to.Y + r)) - y);
+        const std::int64_t x = Trunc(from.X + r);
+        const std::int64_t y = Trunc(from.Y + r);
+        const LineStepper<Real> line(Trunc(to.X + r) - x, Trunc(to.Y + r) - y);
         DrawFringe(halo, x - halo.Radius, y - halo.Radius, line, u2 * most);
     }
     for (DiffractionEntry<Real>& entry : halo.Cells) {

@@ -32,12 +32,7 @@ struct KernelReach {
     std::int64_t Places() const { return static_cast<std::int64_t>(Wide()) * Tall(); }
 };
 
-// Ways to the same sums, for pictures of a size; null without memory.
-
-/// Place by place; the weights within reach must not add up to more than kMostDotWeight.
-inline constexpr int kMostDotWeight = 65535;
-[[nodiscard]] std::unique_ptr<KernelSums<u16>> MakeDotSums(const GaussianKernel2D& kernel, KernelReach reach,
-                                                           int width, int height);
+// Ways to the same sums, for pictures of a size; null where allocation fails.
 
 /// For floats: the places that share a weight are added first, in double precision. For tables whose size is
 /// not much more than kMostBellSize.

@@ -5,6 +5,7 @@
 #include "library/Chunks.h"
 #include "library/GaussianKernel.h"
 #include "library/KernelSums.h"
+#include "library/TableSums.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,6 +47,19 @@ K7_WIDE_VECTORS void SharpenRow(const double* sums, double divisor, float amount
     }
 }
 
+/// One row of all channels, whose amounts stand side by side as often as a tile has pixels. `sums` are whole
+/// tiles.
+K7_WIDE_VECTORS void SharpenPixels(const std::int32_t* sums, double divisor, const float* amounts,
+                                   int samples, const u16* source, u16* target) {
+    u16 words[kTile] = {};
+    for (int x = 0; x < samples; x += kTile, sums += kTile) {
+        const int count = std::min(kTile, samples - x);
+        std::copy_n(source + x, count, words);
+        for (int i = 0; i < kTile; ++i) words[i] = Sharpened(words[i], sums[i], divisor, amounts[i]);
+        std::copy_n(words, count, target + x);
+    }
+}
+
 /// The largest sum of words times weights that a picture can give.
 double MostOf(int width, int height) {
     return 64.0 * kFullScale * width * height;
@@ -70,8 +84,7 @@ std::unique_ptr<KernelSums<u16>> MakeSums(const GaussianKernel2D& kernel, Kernel
                                           const K7Image& image) {
     // Where the blur is 0 any sum will do.
     if (static_cast<double>(kernel.Sum) > MostOf(image.Width, image.Height)) reach = {0, 0};
-    const bool small = kernel.Sum <= kMostDotWeight || 64 * reach.Places() <= kMostDotWeight;
-    return (small ? MakeDotSums : MakeTransformSums<u16>)(kernel, reach, image.Width, image.Height);
+    return MakeTransformSums<u16>(kernel, reach, image.Width, image.Height);
 }
 
 std::unique_ptr<KernelSums<float>> MakeSums(const GaussianKernel2D& kernel, KernelReach reach,
@@ -80,33 +93,73 @@ std::unique_ptr<KernelSums<float>> MakeSums(const GaussianKernel2D& kernel, Kern
     return MakeTransformSums<float>(kernel, reach, image.Width, image.Height);
 }
 
+/// What a mask needs beside the pictures.
+struct Mask {
+    const GaussianKernel2D& kernel;
+    KernelReach reach;
+    float amount;
+    bool withAlpha;
+
+    double Divisor() const { return static_cast<double>(kernel.Sum); }
+};
+
+/// Channels have nothing to do with each other: each thread takes some of them.
+template <class Sample>
+void SharpenChannels(const Mask& mask, const PictureK7<Sample>& from, const PictureK7<Sample>& to) {
+    const int channels = mask.withAlpha ? 4 : 3;
+    constexpr int together = SampleTraits<Sample>::kWords ? 1 : kFloatChannels;
+    RunImageRows((channels + together - 1) / together, [&](int first, int last) {
+        if (first > last) return;
+        const auto sums = MakeSums(mask.kernel, mask.reach, to);
+        Buffer<double> row(static_cast<std::size_t>(to.Width) + kTile, "library/K7Image", __LINE__);
+        if (!sums || !row) return ReportMessage(kNoKernelMessage);
+        row.Zero(); // the last samples are sharpened together with what stands behind them
+        const int end = std::min((last + 1) * together, channels);
+        for (int c = first * together; c < end && !AbortRequested(); ++c) {
+            sums->Start(from, c);
+            for (int y = 0; y < to.Height && !AbortRequested(); ++y) {
+                sums->Row(y, row.data());
+                SharpenRow(row.data(), mask.Divisor(), mask.amount, to.Width, from.Rows[y] + c,
+                           to.Rows[y] + c);
+            }
+        }
+    });
+}
+
+bool IsSmall(const Mask& mask) {
+    return mask.kernel.Sum <= TableSums::kMostWeight || 64 * mask.reach.Places() <= TableSums::kMostWeight;
+}
+
+/// All channels of some rows for each thread; the pictures are two.
+void SharpenRows(const Mask& mask, const K7Image& from, const K7Image& to) {
+    float amounts[kTile];
+    for (int i = 0; i < kTile; ++i)
+        amounts[i] = mask.withAlpha || i % K7Image::Channels < 3 ? mask.amount : 0.0f; // 0 keeps the word
+    RunImageRows(to.Height, [&](int first, int last) {
+        if (first > last) return;
+        TableSums sums(mask.kernel, mask.reach, to.Width);
+        if (!sums) return ReportMessage(kNoKernelMessage);
+        sums.Start(from, first);
+        for (int y = first; y <= last && !AbortRequested(); ++y)
+            SharpenPixels(sums.Row(y), mask.Divisor(), amounts, to.Width * K7Image::Channels, from.Rows[y],
+                          to.Rows[y]);
+    });
+}
+
 } // namespace
 
 template <class Sample>
 void PictureK7<Sample>::UnsharpMask(float radius, float amount, const PictureK7* source, bool withAlpha) {
     const GaussianKernel2D kernel = MakeGaussianKernel2D(ClampedRadius(radius, *this));
     const KernelReach reach = {std::min(kernel.Size / 2, Width - 1), std::min(kernel.Size / 2, Height - 1)};
-    const PictureK7& from = source ? *source : *this;
-    const double divisor = static_cast<double>(kernel.Sum);
-    const float finite = FiniteAmount(amount);
-    const int channels = withAlpha ? 4 : 3;
-    constexpr int together = SampleTraits<Sample>::kWords ? 1 : kFloatChannels;
-    // Channels have nothing to do with each other: each thread takes some of them.
-    RunImageRows((channels + together - 1) / together, [&](int first, int last) {
-        if (first > last) return;
-        const auto sums = MakeSums(kernel, reach, *this);
-        Buffer<double> row(static_cast<std::size_t>(Width) + kTile, "library/K7Image", __LINE__);
-        if (!sums || !row) return ReportMessage(kNoKernelMessage);
-        row.Zero(); // the last samples are sharpened together with what stands behind them
-        const int end = std::min((last + 1) * together, channels);
-        for (int c = first * together; c < end && !AbortRequested(); ++c) {
-            sums->Start(from, c);
-            for (int y = 0; y < Height && !AbortRequested(); ++y) {
-                sums->Row(y, row.data());
-                SharpenRow(row.data(), divisor, finite, Width, from.Rows[y] + c, Rows[y] + c);
-            }
+    const Mask mask = {kernel, reach, FiniteAmount(amount), withAlpha};
+    if constexpr (SampleTraits<Sample>::kWords)
+        if (IsSmall(mask)) {
+            const auto copy = source ? nullptr : MakeCopy(*this);
+            if (!source && !copy) return ReportMessage(kNoKernelMessage);
+            return SharpenRows(mask, source ? *source : *copy, *this);
         }
-    });
+    SharpenChannels(mask, source ? *source : *this, *this);
     if (!withAlpha && source) CopyAlpha(source);
 }
 

@@ -65,6 +65,8 @@ void ReadOne(const std::vector<Sample>& samples, Chance& chance) {
 } // namespace
 
 Round Pictures(const std::string& folder) {
+    OIIO::attribute("threads", 1); // starting some takes longer than reading such files
+    OIIO::attribute("exr_threads", -1);
     return [samples = MakeSamples(folder)](Chance& chance) { ReadOne(samples, chance); };
 }
 
