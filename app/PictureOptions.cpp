@@ -23,6 +23,9 @@ void PictureOptions::AddTo(CLI::App& line, bool writing) {
     add(words->excludes(floats));
     add(floats);
     if (!writing) return;
+    add(line.add_option("--proxy", proxy_,
+                        "2 or 4: render at a half or a quarter of the size, with the same look")
+            ->check(CLI::IsMember({2, 4})));
     add(line.add_option("--depth", depth_, "8, 10, 12, 16, half or float: depth of the files to write"));
     add(line.add_option("--compression", compression_, "NAME[:LEVEL], as the format knows it"));
     add(line.add_option("--quality", quality_, "1 to 100, of formats that lose something")
@@ -33,6 +36,7 @@ ReadOptions PictureOptions::Reading() const {
     ReadOptions options;
     options.layer = layer_;
     options.premultiply = premultiply_;
+    options.proxy = proxy_;
     options.limits.maxPixels = maxPixels_;
     if (!formats_.empty()) options.limits.formats = Split(formats_, ',');
     if (!depth_.empty()) options.atLeast = ParseDepth(depth_).depth;

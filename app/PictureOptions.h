@@ -20,11 +20,14 @@ public:
     media::ReadOptions Reading() const;
     media::WriteOptions Writing() const;
     media::WorkingDepth Working() const;
+    /// What the sides of all pictures are divided by.
+    int Proxy() const { return proxy_; }
 
 private:
     std::string layer_, formats_, depth_, compression_;
     long long maxPixels_ = media::ReadLimits().maxPixels;
     std::optional<int> quality_;
+    int proxy_ = 1;
     bool premultiply_ = false, words_ = false, floats_ = false;
 };
 

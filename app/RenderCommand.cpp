@@ -101,7 +101,11 @@ public:
         for (std::size_t i = 0; i < stack.Size(); ++i) TellSurprises(stack.Op(i), frames.front(), console);
         if (ParseMissing(missing_) == Missing::Error && stack.MainClip().IsSequence())
             TellMissing(stack.MainClip(), frames, run_.shift, console);
+        // A length of so many pixels is one of fewer in a proxy, but saved as what it was set to.
+        const double proxy = pictures_.Proxy();
+        for (std::size_t i = 0; i < stack.Size(); ++i) ScaleLengths(stack.Op(i), 1.0 / proxy);
         const int code = Render(stack, frames, console);
+        for (std::size_t i = 0; i < stack.Size(); ++i) ScaleLengths(stack.Op(i), proxy);
         tools_.Save(stack);
         return code;
     }

@@ -1,6 +1,7 @@
 #include "media/Clip.h"
 
 #include "media/Errors.h"
+#include "media/Shrink.h"
 #include "media/Words.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ Clip::Clip(const std::string& name, Missing missing, std::optional<Aspect> aspec
     : source_(OpenClip(name, options))
     , missing_(missing)
     , aspect_(aspect)
+    , proxy_(options.proxy)
     , cache_(kCacheBytes) {}
 
 std::optional<FrameSpan> Clip::Span() const {
@@ -66,6 +68,11 @@ Picture Clip::Load(int frame) const {
     if (aspect_) {
         picture.image->AspectX = aspect_->x;
         picture.image->AspectY = aspect_->y;
+    }
+    if (proxy_ > 1) {
+        picture.image = Share(Shrunk(*picture.image, proxy_));
+        if (!picture.image) throw FrameError(NameOf(frame) + ": there is not enough memory for its proxy");
+        picture.path.clear(); // other channels of the file have another size
     }
     return picture;
 }

@@ -55,6 +55,7 @@ private:
     const std::unique_ptr<ClipSource> source_;
     const Missing missing_;
     const std::optional<Aspect> aspect_;
+    const int proxy_;
     std::mutex mutex_; ///< guards all below
     FrameCache cache_;
     std::map<int, std::shared_future<Picture>> loading_; ///< frames that some thread is decoding

@@ -265,6 +265,17 @@ void CopySettings(const host::Operator& from, host::Operator& to) {
     }
 }
 
+void ScaleLengths(host::Operator& op, double factor) {
+    const Silence silence(op.Document);
+    for (Input* input : op.Inputs()) {
+        if (!input->GetAttrI(host::kTagPixels)) continue;
+        Curve curve = input->GetCurve();
+        curve.Constant.x *= factor;
+        for (auto& [frame, value] : curve.Keys) value.x *= factor;
+        input->SetCurve(curve);
+    }
+}
+
 void RestoreSettings(host::Operator& op, const json& saved) {
     const Silence silence(op.Document);
     try {

@@ -41,6 +41,9 @@ nlohmann::ordered_json SavedValue(const host::Input& control);
 /// Gives a tool the values and keys of another of its class. The tool does not react.
 void CopySettings(const host::Operator& from, host::Operator& to);
 
+/// Multiplies what a tool takes in pixels, as for pictures of another size. It does not react.
+void ScaleLengths(host::Operator& op, double factor);
+
 /// Brings back what SaveSettings gave. The tool does not react, so every value ends as it was saved. Throws
 /// UsageError.
 void RestoreSettings(host::Operator& op, const nlohmann::json& saved);

@@ -31,7 +31,4 @@ private:
     std::list<Small> kept_; ///< the one used last comes first
 };
 
-/// The means of squares of divisor x divisor pixels, in the depth of the picture; null without memory.
-host::Image* Shrunk(const host::Image& picture, int divisor);
-
 } // namespace view

@@ -1,3 +1,4 @@
+#include "media/Shrink.h"
 #include "tests/app/ProgramStage.h"
 
 #include <tuple>
@@ -147,6 +148,31 @@ TEST_F(Program, WhatIsNotTakenAsWrittenIsWarnedOfAndLogged) {
     folder_.Put("keys.json", R"({"tool":"K7.Clean","controls":{"XRad":{"keys":[["nan",1],[9,900]]}}})");
     for (const char* file : {"keys.json", "."})
         EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "o.png", "--settings", file}), 2) << file;
+}
+
+TEST_F(Program, AProxyIsTheFrameInSmall) {
+    const auto render = [&](const char* tool, const char* setting, const char* proxy, const char* name) {
+        EXPECT_EQ(Run({"render", tool, "-i", "sample:", "-f", "3", "-o", name, "-s", setting, "--proxy",
+                       proxy, "--save-settings", "kept.json", "--quiet"}),
+                  0);
+        return Get(name).image;
+    };
+    // A length relative to the frame and one in pixels.
+    for (const auto& [tool, setting] : {std::pair{"Defocus", "RadB=8"}, {"Sharpen", "RadS=8"}}) {
+        EXPECT_EQ(
+            Run({"render", tool, "-i", "sample:", "-f", "3", "-o", "whole.png", "-s", setting, "--quiet"}),
+            0);
+        const host::Ref<host::Image> want(Shrunk(*Get("whole.png").image, 4));
+        const std::shared_ptr<host::Image> small = render(tool, setting, "4", "small.png");
+        ASSERT_EQ(small->Width, want->Width);
+        ASSERT_EQ(small->Height, want->Height);
+        double apart = 0;
+        for (int y = 0; y < small->Height; ++y)
+            for (int x = 0; x < small->Width; ++x)
+                apart += std::abs(At(*small, x, y).Green - At(*want, x, y).Green);
+        EXPECT_LT(apart / small->Width / small->Height, 655.0) << tool << ": a percent of white in the mean";
+        EXPECT_NE(folder_.Get("kept.json").find(": 8.0"), std::string::npos) << "saved as it was set";
+    }
 }
 
 TEST_F(Program, FramesThatFailEndWithOne) {

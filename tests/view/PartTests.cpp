@@ -1,5 +1,6 @@
 #include "host/Tags.h"
 #include "media/Settings.h"
+#include "media/Shrink.h"
 #include "tests/view/Support.h"
 #include "view/Command.h"
 #include "view/FrameStore.h"
@@ -66,14 +67,14 @@ TEST(Proxy, PixelsAreMeansOfTheirSquares) {
             row[static_cast<std::size_t>(i)] = static_cast<float>(i / 4 + 10 * y + 100 * (i % 4));
         image->WriteRow(y, row.data());
     }
-    const host::Ref<host::Image> half(Shrunk(*image, 2));
+    const host::Ref<host::Image> half(media::Shrunk(*image, 2));
     ASSERT_EQ(half->Width, 2); // what is left of a row goes
     ASSERT_EQ(half->Height, 2);
     EXPECT_EQ(PixelsOf(*half),
               (std::vector<float>{5.5f, 105.5f, 205.5f, 305.5f, 7.5f, 107.5f, 207.5f, 307.5f, //
                                   25.5f, 125.5f, 225.5f, 325.5f, 27.5f, 127.5f, 227.5f, 327.5f}));
     const host::Ref<host::Image> dot(host::Image::Make(1, 1, host::Depth::Int8));
-    const host::Ref<host::Image> less(Shrunk(*dot, 4));
+    const host::Ref<host::Image> less(media::Shrunk(*dot, 4));
     EXPECT_EQ(less->Width, 1);
 }
 
