@@ -44,7 +44,9 @@ PictureView::PictureView(QWidget* parent) : QOpenGLWidget(parent) {
 }
 
 PictureView::~PictureView() {
-    if (context()) DropContext();
+    if (!context()) return;
+    disconnect(context(), nullptr, this, nullptr); // it goes after this part of the object
+    DropContext();
 }
 
 void PictureView::SetLook(Look* look) {

@@ -168,7 +168,7 @@ TEST_F(InWindow, EveryChangeOfAStackCanBeTakenBackAndMadeAgain) {
         TheLook().Do(setting, [&] { media::ApplySetting(TheLook().Op(), setting); });
     };
     const std::function<void()> changes[] = {
-        [&] { set("XRad=9"); },
+        [&] { set("XRad=1"); },
         [&] { TheLook().Add(media::FindTool("Flare2")); },
         [&] { set("Stks=9"); },
         [&] {
@@ -207,7 +207,7 @@ TEST_F(InWindow, EveryChangeOfAStackCanBeTakenBackAndMadeAgain) {
 TEST_F(InWindow, LooksOfStacksAreThoseOfK7) {
     const QTemporaryDir folder;
     const QString look = folder.filePath("look.json");
-    ASSERT_EQ(RunK7({"render", "Clean", "-s", "XRad=7", "--then", "Flare2", "-s", "Stks=9", "-i", "sample:",
+    ASSERT_EQ(RunK7({"render", "Clean", "-s", "XRad=1", "--then", "Flare2", "-s", "Stks=9", "-i", "sample:",
                      "-f", "11", "--save-settings", look, "-o", folder.filePath("a.tif"), "--quiet"}),
               0);
     Open("Trace");
