@@ -10,15 +10,15 @@
 
 namespace app {
 
-/// A word after `k7` with its options. It enters itself into the command line when it is made.
+/// A subcommand of `k7` with its options. It adds itself to the command line when it is constructed.
 class Command {
 public:
     virtual ~Command() = default;
-    /// Runs when the word was given and its options are filled in. The program's exit code.
+    /// Runs the command once its options are filled in. Returns the program's exit code.
     virtual int Run() = 0;
-    /// Takes what the command line says of further tools. Throws media::UsageError where it has none.
+    /// Takes the further tools of the command line. Throws media::UsageError if the command has none.
     virtual void SetLaterStages(std::vector<StageWords> stages);
-    /// Whether what it prints is what it was run for: without that it has failed.
+    /// Whether its output is its result, so that it has failed if the output cannot be written.
     virtual bool PrintsResult() const { return true; }
     CLI::App* Line() const { return line_; }
 

@@ -33,7 +33,7 @@ std::string Duration(double seconds) {
 
 } // namespace
 
-/// A farm reads the lines as they come.
+/// Farms read the lines as they come.
 void Console::Say(const std::string& line) {
     Log(line);
     if (style_ == Style::OpenJd) std::printf("openjd_status: ");
@@ -101,7 +101,7 @@ void Console::Rendered(int frame, double seconds) {
 
 void Console::Skipped(int frame) {
     Done("Skipped frame " + std::to_string(frame) + " (" + std::to_string(done_ + 1) + " of " +
-         std::to_string(total_) + "), it is there");
+         std::to_string(total_) + "), it exists");
 }
 
 void Console::Failed(int frame, const std::string& why) {

@@ -11,7 +11,8 @@
 namespace app {
 
 /// What the user of a render sees: a progress bar where standard error is a terminal; elsewhere lines on
-/// standard output as render farms know them. Warnings and errors go to standard error. Any thread may call.
+/// standard output in the form that render farms parse. Warnings and errors go to standard error.
+/// Thread-safe.
 class Console : public media::RunListener {
 public:
     enum class Style {
@@ -21,10 +22,10 @@ public:
         OpenJd, ///< the lines of Open Job Description
     };
 
-    /// The style for the terminal at hand.
+    /// The style for the current terminal.
     static Style StyleFor(bool quiet);
 
-    /// A run of `total` frames, of which the smallest and largest number are `first` and `last`.
+    /// A run of `total` frames with numbers from `first` to `last`.
     Console(Style style, int total, int first, int last);
     ~Console() override;
     Console(const Console&) = delete;
@@ -35,15 +36,15 @@ public:
     void Skipped(int frame) override;
     void Failed(int frame, const std::string& why) override;
     void Warned(const std::string& text) override { Warn(text); }
-    /// The last word: how many frames are missing from the whole run, and where the others lie.
+    /// The summary: how many frames are missing from the whole run, and where the others are.
     void Finish(int missing, const std::string& where);
 
-    /// Writes the farm's lines and the warnings into a file too, with times. Throws std::runtime_error.
+    /// Also writes the farm's lines and the warnings to a file, with times. Throws std::runtime_error.
     void LogTo(const std::string& path);
 
-    /// Tells a user at a terminal what may be a surprise.
+    /// Tells a user at a terminal what may be surprising.
     void Hint(const std::string& text);
-    /// Tells each text once a run.
+    /// Prints each text once per run.
     void Warn(const std::string& text);
 
 private:
@@ -55,7 +56,7 @@ private:
 
     using Clock = std::chrono::steady_clock;
 
-    std::FILE* const screen_; ///< standard error as it was at the start, whatever libraries do to it
+    std::FILE* const screen_; ///< standard error as it was at the start, whatever libraries redirect
     const Style style_;
     const int total_, first_, last_;
     std::FILE* log_ = nullptr;

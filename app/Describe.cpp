@@ -15,7 +15,7 @@ namespace {
 using host::Input;
 using nlohmann::ordered_json;
 
-/// [low, high], or null where the input has no such range.
+/// [low, high], or null if the input has no such range.
 ordered_json Range(const Input& input, host::Tag low, host::Tag high) {
     if (!input.HasAttr(low) && !input.HasAttr(high)) return nullptr;
     const auto end = [&](host::Tag tag) {
@@ -43,7 +43,7 @@ ordered_json DescribeImage(const Input& input) {
             {"optional", input.HasAttr(host::kTagOptional)}};
 }
 
-/// The tool's own pages, without that of the common controls.
+/// The tool's own pages, without the one of the common controls.
 std::vector<std::string> PagesOf(const host::Operator& op) {
     std::vector<std::string> pages = op.Pages();
     for (const Input* input : op.Inputs())

@@ -9,13 +9,13 @@
 
 namespace app {
 
-/// What a tool's registration says of it.
+/// What a tool's registration says about it.
 nlohmann::ordered_json DescribeTool(const host::Registry& tool);
 
-/// The same with the tool's pages, image inputs and controls, as they stand when it is made.
+/// The same with the tool's pages, image inputs and controls, in the state of a new one.
 nlohmann::ordered_json DescribeInputs(const host::Operator& op);
 
-/// A value as one reads it in a table: 5 and not 5.0, 0.2,0.3 for a point, keys as JSON.
+/// A value as it is printed in a table: 5, not 5.0; 0.2,0.3 for a point; keys as JSON.
 std::string Plain(const nlohmann::ordered_json& value);
 
 } // namespace app

@@ -25,7 +25,7 @@ std::string RangeInWords(const ordered_json& range) {
     return Plain(range[0]) + " to " + Plain(range[1]);
 }
 
-/// What can be said for a control, in words.
+/// The values that a control takes, in words.
 std::string ValuesOf(const ordered_json& control) {
     if (control["kind"] == "CheckboxControl") return "off, on";
     std::string text;
@@ -41,7 +41,7 @@ std::string ValuesOf(const ordered_json& control) {
     return text;
 }
 
-/// The value that holds now, where it is not the default.
+/// The current value, if it is not the default.
 std::string Now(const ordered_json& control) {
     return control["value"] == control["default"] ? "" : " (now " + Plain(control["value"]) + ")";
 }
@@ -49,9 +49,9 @@ std::string Now(const ordered_json& control) {
 class InfoCommand : public Command {
 public:
     explicit InfoCommand(CLI::App& k7)
-        : Command(k7.add_subcommand("info", "Tells what a tool does and can be set to")) {
+        : Command(k7.add_subcommand("info", "Describes a tool and its controls")) {
         AddToolName(tool_);
-        AddEach("-s,--set", settings_, "CONTROL=VALUE first, in the order given");
+        AddEach("-s,--set", settings_, "CONTROL=VALUE to set first, in the order given");
         Line()->add_flag("--json", json_, "Write one object with arrays of inputs and controls");
     }
 

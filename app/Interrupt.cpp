@@ -24,7 +24,7 @@ void Raise(int signal) {
     if (caught.exchange(signal)) EndAtOnce(signal);
     if (const auto* flags = flagsToRaise.load())
         for (std::atomic<bool>* flag : *flags) *flag = true;
-    constexpr char hint[] = "k7: stopping; once more ends at once\n";
+    constexpr char hint[] = "k7: stopping; press again to quit at once\n";
     [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, hint, sizeof hint - 1);
 }
 
@@ -44,7 +44,7 @@ Interrupt::Interrupt(std::vector<std::atomic<bool>*> flags) : flags_(std::move(f
     caught = 0;
     flagsToRaise = &flags_;
     Catch(Raise);
-    std::signal(SIGPIPE, SIG_IGN); // progress that nobody reads stops no render
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe does not stop a render
 }
 
 Interrupt::~Interrupt() {
@@ -54,7 +54,7 @@ Interrupt::~Interrupt() {
 
 void EndBySignals() {
     Catch(EndAtOnce);
-    std::signal(SIGXFSZ, SIG_IGN); // a file that becomes too large fails its frame
+    std::signal(SIGXFSZ, SIG_IGN); // a file that becomes too large only fails its frame
 }
 
 int Interrupt::ExitCode() const {

@@ -16,7 +16,7 @@ namespace {
 
 class ListCommand : public Command {
 public:
-    explicit ListCommand(CLI::App& k7) : Command(k7.add_subcommand("list", "Names all tools")) {
+    explicit ListCommand(CLI::App& k7) : Command(k7.add_subcommand("list", "Lists all tools")) {
         Line()->add_flag("--json", json_, "Write an array with an object for each tool");
     }
 

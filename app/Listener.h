@@ -9,7 +9,7 @@
 
 namespace app {
 
-/// Passes on what effects report as warnings, for as long as it lives.
+/// For its lifetime, prints what effects report as warnings.
 class Listener {
 public:
     explicit Listener(Console& console) {
@@ -21,8 +21,8 @@ public:
     Listener& operator=(const Listener&) = delete;
 };
 
-/// Carries out settings in their order, and warns of what they do not do as they are written; `named` says of
-/// which tool.
+/// Carries out settings in their order, and warns of those that do not take effect as written; `named` is the
+/// tool's name in the warnings.
 void ApplySettings(host::Operator& op, const std::vector<std::string>& settings, Console& console,
                    bool named = false);
 

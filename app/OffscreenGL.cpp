@@ -20,12 +20,12 @@ void Check(bool good, const char* what) {
                                  " (is Mesa with EGL installed?)");
 }
 
-/// A display that opens, or null.
+/// A display that can be opened, or null.
 EGLDisplay Opened(EGLDisplay display) {
     return display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr) ? display : EGL_NO_DISPLAY;
 }
 
-/// The first device of the machine that opens.
+/// The first device of the machine that can be opened.
 EGLDisplay OpenDevice() {
     const auto queryDevices =
         reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));

@@ -6,11 +6,11 @@
 namespace app {
 
 /// OpenGL without a display: a context that draws into a picture of its own, with Mesa's software renderer
-/// unless the environment asks for another. It is the thread's current one for as long as it lives. One unit
-/// of its coordinates is a pixel; (0, 0) is the lower left corner of the picture.
+/// unless the environment asks for another. It is the thread's current context for its lifetime. One unit of
+/// its coordinates is a pixel; (0, 0) is the lower left corner of the picture.
 class OffscreenGL {
 public:
-    /// Throws std::runtime_error where there is no such context.
+    /// Throws std::runtime_error if there is no such context.
     OffscreenGL(int width, int height);
     ~OffscreenGL();
     OffscreenGL(const OffscreenGL&) = delete;

@@ -18,7 +18,7 @@ namespace app {
 using namespace media;
 namespace {
 
-/// What tells a file from all others, whatever names lead to it.
+/// What identifies a file, whatever names lead to it.
 using FileNumber = std::pair<dev_t, ino_t>;
 
 std::set<FileNumber> NumbersOf(const std::vector<std::string>& names) {
@@ -49,7 +49,7 @@ std::string FolderFault(const std::string& output, bool make) {
         fs::create_directories(folder, error);
         if (error) return "'" + output + "': its folder cannot be made: " + error.message();
     }
-    if (!fs::is_directory(folder, error)) return "'" + output + "': " + folder.string() + " is no folder";
+    if (!fs::is_directory(folder, error)) return "'" + output + "': " + folder.string() + " is not a folder";
     if (::access(folder.c_str(), W_OK | X_OK) != 0)
         return "'" + output + "': its folder cannot be written: " + std::strerror(errno);
     return "";
@@ -57,7 +57,7 @@ std::string FolderFault(const std::string& output, bool make) {
 
 std::string OverwriteFault(const OutputCheck& check, const FilePattern& output,
                            const std::vector<std::string>& inputs) {
-    // A tool that looks back would find its own work, even where no file is there yet.
+    // A tool that reads earlier frames would find its own output, even if no file exists yet.
     if (check.stack.ReadsSequence(output.At(check.frames.front()), check.frames.front()))
         return "'" + check.output + "' would overwrite the sequence that is read";
     const std::set<FileNumber> read = NumbersOf(inputs);
@@ -75,7 +75,7 @@ std::string OverwriteFault(const OutputCheck& check, const FilePattern& output,
 
 void CheckBeforeWork(const OutputCheck& check) {
     const FilePattern output(check.output);
-    std::string wrong, missing; // the command, and what it needs
+    std::string wrong, missing; // what is wrong with the command, and which files are missing
     const auto note = [](std::string& faults, const std::string& fault) {
         if (!faults.empty() && !fault.empty()) faults += '\n';
         faults += OneLine(fault); // a name may hold line breaks

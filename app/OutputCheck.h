@@ -9,19 +9,18 @@
 
 namespace app {
 
-/// What is looked at before a render begins.
+/// What is checked before a render begins.
 struct OutputCheck {
     const media::Stack& stack;
-    std::string output; ///< as it was written
+    std::string output; ///< as given
     const std::vector<int>& frames;
     media::WriteOptions options;
-    bool makeFolder = true; ///< where it is missing
+    bool makeFolder = true; ///< if it is missing
 };
 
-/// Makes the output's folder and looks whether the run can work: inputs that can be read, a format that holds
-/// what is asked for, a folder that can be written, no frame that would replace an input. Throws
-/// media::UsageError with a line for each fault, or std::runtime_error where nothing but files or folders is
-/// missing.
+/// Creates the output's folder and checks that the run can work: inputs that can be read, a format that holds
+/// what is asked for, a writable folder, no frame that would replace an input. Throws media::UsageError with
+/// a line for each fault, or std::runtime_error if only files or folders are missing.
 void CheckBeforeWork(const OutputCheck& check);
 
 } // namespace app

@@ -11,25 +11,24 @@ using namespace media;
 void PictureOptions::AddTo(CLI::App& line, bool writing) {
     constexpr const char* group = "Picture files";
     const auto add = [&](CLI::Option* option) { option->group(group); };
-    add(line.add_option("--layer", layer_, "NAME: the layer of an OpenEXR file that is worked on"));
+    add(line.add_option("--layer", layer_, "NAME: the layer of an OpenEXR file to work on"));
     add(line.add_flag("--premultiply", premultiply_,
                       "Multiply straight colours by alpha before the tool, and divide them after it"));
-    add(line.add_option("--max-pixels", maxPixels_, "Largest picture that is read")
+    add(line.add_option("--max-pixels", maxPixels_, "Largest picture to read")
             ->check(CLI::PositiveNumber)
             ->capture_default_str());
-    add(line.add_option("--formats", formats_, "Read these formats only, divided by commas: png,openexr"));
+    add(line.add_option("--formats", formats_, "Read only these formats, comma-separated: png,openexr"));
     CLI::Option* words = line.add_flag("--words", words_, "Work in 15-bit words, whatever the picture is");
     CLI::Option* floats = line.add_flag("--float", floats_, "Work in floats, whatever the picture is");
     add(words->excludes(floats));
     add(floats);
     if (!writing) return;
     add(line.add_option("--proxy", proxy_,
-                        "2 or 4: render at a half or a quarter of the size, with the same look")
+                        "2 or 4: render at half or quarter size, with the same look")
             ->check(CLI::IsMember({2, 4})));
-    add(line.add_option("--depth", depth_, "8, 10, 12, 16, half or float: depth of the files to write"));
-    add(line.add_option("--compression", compression_, "NAME[:LEVEL], as the format knows it"));
-    add(line.add_option("--quality", quality_, "1 to 100, of formats that lose something")
-            ->check(CLI::Range(1, 100)));
+    add(line.add_option("--depth", depth_, "Depth of the files: 8, 10, 12, 16, half or float"));
+    add(line.add_option("--compression", compression_, "NAME[:LEVEL] of a compression that the format has"));
+    add(line.add_option("--quality", quality_, "1 to 100, for lossy formats")->check(CLI::Range(1, 100)));
 }
 
 ReadOptions PictureOptions::Reading() const {

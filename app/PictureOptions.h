@@ -13,7 +13,7 @@ namespace app {
 /// The options of a command that say how picture files are read and written.
 class PictureOptions {
 public:
-    /// Adds them to a command; those of writing only where it writes what it has read.
+    /// Adds them to a command; those of writing only if it writes picture files.
     void AddTo(CLI::App& line, bool writing);
 
     // What was asked for. Throw UsageError.

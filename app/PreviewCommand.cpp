@@ -33,7 +33,7 @@ ViewSize ParseSize(const std::string& text) {
     const ViewSize size{side(0), side(1)};
     if (sides.size() != 2 || std::min(size.width, size.height) < 1 ||
         std::max(size.width, size.height) > kLargestView)
-        throw UsageError("'" + text + "' is no size of a view: write WxH with sides from 1 to " +
+        throw UsageError("'" + text + "' is not a view size: write WxH with sides from 1 to " +
                          std::to_string(kLargestView));
     return size;
 }
@@ -54,7 +54,7 @@ DragPath ParseDrag(const std::string& text) {
     const bool finite =
         std::all_of(numbers.begin(), numbers.end(), [](double n) { return std::isfinite(n); });
     if (!good || !finite)
-        throw UsageError("'" + text + "' is no drag: write X1,Y1:X2,Y2 in fractions of the picture");
+        throw UsageError("'" + text + "' is not a drag: write X1,Y1:X2,Y2 in fractions of the picture");
     return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
 }
 
@@ -67,7 +67,7 @@ ViewSize DefaultSize(const host::Image& picture) {
     return {side(natural.width), side(natural.height)};
 }
 
-/// Carries out a drag and tells what has come of it.
+/// Carries out a drag and describes its result.
 ordered_json PerformDrag(host::Operator& op, const host::FusionDoc& document, PreviewView& view,
                          const DragPath& path) {
     const ordered_json before = SaveSettings(op)["controls"];
@@ -90,7 +90,7 @@ ordered_json PerformDrag(host::Operator& op, const host::FusionDoc& document, Pr
 void Print(const ordered_json& drags) {
     for (std::size_t i = 0; i < drags.size(); ++i) {
         std::cout << "Drag " << i + 1;
-        if (drags[i]["hit"] == false) std::cout << ": nothing to be dragged there";
+        if (drags[i]["hit"] == false) std::cout << ": nothing to drag there";
         std::cout << '\n';
         for (const ordered_json& control : drags[i]["changed"])
             std::cout << "  " << std::string(control["label"]) << " (" << std::string(control["id"])
@@ -107,15 +107,15 @@ public:
         tools_.AddTo(line);
         line.add_option("-o,--output", output_, "FILE to write")->required();
         line.add_option("-f,--frame", frame_, "FRAME to show");
-        line.add_option("--size", size_, "WxH: pixels of the view; the picture fills it as far as it goes");
+        line.add_option("--size", size_, "WxH: pixels of the view, into which the picture is fitted");
         AddEach("--drag", drags_,
-                "X1,Y1:X2,Y2: press, move and let go, in fractions of the picture; y upward");
+                "X1,Y1:X2,Y2: press, move and release, in fractions of the picture, y upward");
         line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel");
-        line.add_option("--on", on_, "N: show the widgets of the Nth tool; left out, of the last")
+        line.add_option("--on", on_, "N: show the widgets of the Nth tool; by default of the last")
             ->check(CLI::PositiveNumber);
-        line.add_option("--exposure", exposure_, "STOPS by which the picture is shown brighter or darker")
+        line.add_option("--exposure", exposure_, "STOPS by which to show the picture brighter or darker")
             ->check(CLI::Range(-60.0, 60.0));
-        line.add_flag("--json", json_, "Write an array with what came of each drag");
+        line.add_flag("--json", json_, "Write an array with the result of each drag");
         pictures_.AddTo(line, false);
     }
 

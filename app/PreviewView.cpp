@@ -74,7 +74,7 @@ std::vector<std::uint8_t> Scaled(const Image& picture, int width, int height) {
     return pixels;
 }
 
-/// The control that the operator has made for a view; null if it made none.
+/// The control that the operator made for a view; null if none.
 host::Ref<host::OperatorControl> ControlOf(host::Operator& op, host::PreviewInfo& view) {
     op.AddControls(&view, nullptr);
     host::OperatorControl* found = nullptr;

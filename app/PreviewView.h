@@ -20,7 +20,7 @@ struct Spot {
     double x = 0, y = 0;
 };
 
-/// A view of a compositor without a window: it shows a tool's picture as large as fits, the tool's widgets
+/// A compositor's view without a window: it shows a tool's picture as large as fits, with the tool's widgets
 /// over it, and has a pointer that can be dragged.
 class PreviewView : public host::PreviewInfo {
 public:
@@ -32,10 +32,10 @@ public:
     /// Shows a picture with the widgets as they are now.
     void Show(const host::Image& picture);
 
-    /// Presses at one place, moves to another and lets go. False if there was nothing to be dragged.
+    /// Presses at one place, moves to another and releases. False if there was nothing to drag.
     bool Drag(const Spot& from, const Spot& to);
 
-    /// What is to be seen, opaque.
+    /// The view's pixels, opaque.
     std::shared_ptr<host::Image> Snapshot() const;
 
     double TransformXOut(double x) const override { return left_ + x * DisplayWidth; }
@@ -50,7 +50,7 @@ private:
     host::Operator& operator_;
     const ViewSize size_;
     OffscreenGL gl_;
-    host::Ref<host::OperatorControl> control_; ///< null where the tool has no widgets
+    host::Ref<host::OperatorControl> control_; ///< null if the tool has no widgets
     int left_ = 0, bottom_ = 0;                ///< corner of the picture in the view
 };
 

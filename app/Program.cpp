@@ -26,7 +26,7 @@ int Complain(const std::string& why, int code) {
     return code;
 }
 
-/// The words of the command line that come close to what was written.
+/// The words of the command line that are close to what was given.
 std::vector<std::string> OptionsOf(const CLI::App& line) {
     std::vector<std::string> names;
     for (const CLI::Option* option : line.get_options())
@@ -34,13 +34,13 @@ std::vector<std::string> OptionsOf(const CLI::App& line) {
     return names;
 }
 
-/// What was wrong with the command, with the right word where one is close.
+/// What was wrong with the command, with the right word if one is close.
 std::string Explain(const CLI::ParseError& error, const std::vector<std::unique_ptr<Command>>& commands) {
     for (const auto& command : commands) {
         if (!command->Line()->parsed()) continue;
         const std::vector<std::string> left = command->Line()->remaining();
         if (left.empty()) continue;
-        if (!left.front().starts_with('-')) return "'" + left.front() + "' is one word too many";
+        if (!left.front().starts_with('-')) return "'" + left.front() + "' is an unexpected word";
         return "there is no option '" + left.front() + "'" +
                DidYouMean(left.front(), OptionsOf(*command->Line()));
     }
@@ -54,7 +54,7 @@ void CheckFirstWord(const std::string& word, const std::vector<std::unique_ptr<C
     throw UsageError("there is no command '" + word + "'" + DidYouMean(word, names));
 }
 
-/// Throws std::runtime_error where not all that was printed has reached its place.
+/// Throws std::runtime_error if not everything that was printed could be written.
 void CheckPrinted() {
     std::cout.flush();
     if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return;
@@ -74,7 +74,7 @@ int RunCommand(int count, const char* const* given) {
 
     try {
         if (words.size() > 1) CheckFirstWord(words[1], commands);
-        std::reverse(words.begin(), words.end()); // as the parser wants them
+        std::reverse(words.begin(), words.end()); // as the parser expects them
         if (!words.empty()) words.pop_back();
         k7.parse(std::move(words));
     } catch (const CLI::Success& wish) {
@@ -97,7 +97,7 @@ int RunCommand(int count, const char* const* given) {
 } // namespace
 
 void Command::SetLaterStages(std::vector<StageWords> stages) {
-    if (!stages.empty()) throw UsageError("--then goes with render and preview only");
+    if (!stages.empty()) throw UsageError("--then is an option of render and preview only");
 }
 
 int RunProgram(int count, const char* const* words) {

@@ -2,9 +2,9 @@
 
 namespace app {
 
-/// All of k7: reads the words of the command line, the program's name first, and carries them out. Gives the
-/// exit code: 0 all went well, 1 a frame failed, 2 the command was wrong, 128 and the signal's number when
-/// stopped.
+/// All of k7: parses the words of the command line, the program's name first, and carries them out. Returns
+/// the exit code: 0 for success, 1 if a frame failed, 2 if the command was wrong, 128 plus the signal's
+/// number if stopped.
 int RunProgram(int count, const char* const* words);
 
 } // namespace app

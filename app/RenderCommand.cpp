@@ -25,7 +25,7 @@ Missing ParseMissing(const std::string& text) {
     static const std::map<std::string, Missing> words = {
         {"error", Missing::Error}, {"hold", Missing::Hold}, {"black", Missing::Black}};
     const auto found = words.find(text);
-    if (found == words.end()) throw UsageError("--missing knows error, hold and black, not '" + text + "'");
+    if (found == words.end()) throw UsageError("--missing takes error, hold or black, not '" + text + "'");
     return found->second;
 }
 
@@ -36,22 +36,22 @@ std::uint64_t ParseSize(const std::string& text) {
     const std::optional<double> number =
         ParseNumber(unit == std::string::npos ? text : text.substr(0, text.size() - 1));
     if (!number || !(*number > 0) || *number > 1e15)
-        throw UsageError("'" + text + "' is no size: write 8G or 512M");
+        throw UsageError("'" + text + "' is not a size: write 8G or 512M");
     const int shift = unit == std::string::npos ? 0 : 10 * static_cast<int>(unit + 1);
     return static_cast<std::uint64_t>(*number * static_cast<double>(std::uint64_t{1} << shift));
 }
 
-/// A first frame that does not show the tool's effect is no fault, but seldom what was meant.
-void TellSurprises(const host::Operator& op, int frame, Console& console) {
+/// Hints at a first frame that does not show the tool's effect: not an error, but seldom what was meant.
+void HintAtSurprises(const host::Operator& op, int frame, Console& console) {
     if (host::IsIdle(op, frame))
         console.Hint(PlainName(*op.Class()) + " leaves the picture as it is with these settings");
     if (const host::Input* aid = host::AidShown(op, frame))
-        console.Hint(PlainName(*op.Class()) + " shows an aid in place of its effect: see " + aid->Name() +
+        console.Hint(PlainName(*op.Class()) + " shows an aid instead of its effect: see " + aid->Name() +
                      ", as in -s " + KeyOf(*aid) + "=0");
 }
 
-/// Tells before hours of work which frames will fail for want of a picture.
-void TellMissing(const Clip& clip, const std::vector<int>& frames, int shift, Console& console) {
+/// Warns, before hours of work, of frames that will fail because their picture is missing.
+void WarnOfMissing(const Clip& clip, const std::vector<int>& frames, int shift, Console& console) {
     std::vector<FrameSpan> gaps;
     int count = 0;
     for (int frame : frames) {
@@ -63,11 +63,11 @@ void TellMissing(const Clip& clip, const std::vector<int>& frames, int shift, Co
             gaps.push_back({frame + shift, frame + shift});
     }
     if (gaps.empty() || frames.size() == 1) return;
-    constexpr std::size_t kMostTold = 8;
+    constexpr std::size_t kMostNamed = 8;
     std::string text = std::to_string(count) + (count == 1 ? " frame" : " frames") + " of the clip missing:";
-    for (std::size_t i = 0; i < std::min(gaps.size(), kMostTold); ++i)
+    for (std::size_t i = 0; i < std::min(gaps.size(), kMostNamed); ++i)
         text += (i ? ", " : " ") + Describe(gaps[i]);
-    console.Warn(text + (gaps.size() > kMostTold ? ", ..." : ""));
+    console.Warn(text + (gaps.size() > kMostNamed ? ", ..." : ""));
 }
 
 class RenderCommand : public Command {
@@ -98,10 +98,10 @@ public:
         Console console(style, static_cast<int>(frames.size()), *least, *most);
         if (!logFile_.empty()) console.LogTo(logFile_);
         tools_.Apply(stack, pictures_.Working(), frames.front(), console);
-        for (std::size_t i = 0; i < stack.Size(); ++i) TellSurprises(stack.Op(i), frames.front(), console);
+        for (std::size_t i = 0; i < stack.Size(); ++i) HintAtSurprises(stack.Op(i), frames.front(), console);
         if (ParseMissing(missing_) == Missing::Error && stack.MainClip().IsSequence())
-            TellMissing(stack.MainClip(), frames, run_.shift, console);
-        // A length of so many pixels is one of fewer in a proxy, but saved as what it was set to.
+            WarnOfMissing(stack.MainClip(), frames, run_.shift, console);
+        // Lengths in pixels are smaller in a proxy, but saved as they were set.
         const double proxy = pictures_.Proxy();
         for (std::size_t i = 0; i < stack.Size(); ++i) ScaleLengths(stack.Op(i), 1.0 / proxy);
         const int code = Render(stack, frames, console);
@@ -115,44 +115,42 @@ private:
     void AddFrameOptions() {
         const auto add = [](CLI::Option* option) { return option->group("Frames"); };
         CLI::App& line = *Line();
-        add(line.add_option("-f,--frames", frames_,
-                            "FRAMES to render: 7, 1-100, 1-100x5, divided by commas"));
+        add(line.add_option("-f,--frames", frames_, "FRAMES to render: 7, 1-100, 1-100x5, comma-separated"));
         add(line.add_option("--shift", run_.shift, "N: the file of frame n holds the tool's frame n + N"))
             ->check(CLI::Range(-1000000, 1000000));
         add(line.add_option("--extent", extent_, "A-B: first and last frame of the clip"));
         add(line.add_option("--aspect", aspect_, "X:Y: width and height of a pixel"));
-        add(line.add_option("--missing", missing_,
-                            "What to do where a frame is not there: error, hold or black"));
+        add(line.add_option("--missing", missing_, "What to do about a missing frame: error, hold or black"));
         add(line.add_flag("--skip-existing", run_.skipExisting,
-                          "Leave frames alone whose files are there and can be read"));
-        add(line.add_flag("--stop-at-error", run_.stopAtError, "Begin no frame after one has failed"));
-        add(line.add_flag("--no-mkdir", noFolder_, "Fail where the folder of the output is missing"));
+                          "Skip frames whose files exist and can be read"));
+        add(line.add_flag("--stop-at-error", run_.stopAtError, "Start no frame after one has failed"));
+        add(line.add_flag("--no-mkdir", noFolder_, "Fail if the output folder is missing"));
     }
 
     void AddSpeedOptions() {
         const auto add = [](CLI::Option* option) { return option->group("Speed"); };
         CLI::App& line = *Line();
         add(line.add_option("--jobs", run_.jobs,
-                            "Frames in progress at once; left out, what cores and memory allow"))
+                            "Frames in progress at once; by default as cores and memory allow"))
             ->check(CLI::Range(1, 1024));
         add(line.add_option("-t,--threads", run_.threads,
-                            "Most threads that work, and the processors that tools are told of"))
+                            "Most threads at work, and processors that tools see"))
             ->check(CLI::Range(1, 4096));
         add(line.add_option("--memory", memory_,
-                            "SIZE that jobs may take, as 8G or 512M; left out, half of the machine's"));
+                            "SIZE that jobs may take, such as 8G; by default half of the machine's"));
     }
 
     void AddReportOptions() {
         const auto add = [](CLI::Option* option) { return option->group("Reports"); };
         CLI::App& line = *Line();
         add(line.add_flag("--quiet", quiet_, "Print only warnings and errors"));
-        add(line.add_option("--log", logFile_, "FILE for the lines of the run and its warnings, with times"));
+        add(line.add_option("--log", logFile_, "FILE for the run's lines and warnings, with times"));
         add(line.add_option("--progress", progress_, "openjd: progress in the lines of Open Job Description"))
             ->check(CLI::IsMember({"openjd"}));
-        add(line.add_flag("--stats", stats_, "Print at the end what reading, computing and writing took"));
+        add(line.add_flag("--stats", stats_, "Print the time for reading, computing and writing at the end"));
     }
 
-    /// Renders all frames and lists the failures on standard error. The program's exit code.
+    /// Renders all frames and lists the failures on standard error. Returns the program's exit code.
     int Render(Stack& stack, const std::vector<int>& frames, Console& console) {
         run_.writing = pictures_.Writing();
         if (!memory_.empty()) run_.memory = ParseSize(memory_);
@@ -174,14 +172,14 @@ private:
         return interrupt.ExitCode() ? interrupt.ExitCode() : missing ? 1 : 0;
     }
 
-    /// The frames to render. Sets the extent of the tools too: a single picture is there for all frames asked
-    /// for.
+    /// The frames to render. Also sets the extent of the tools: a single picture exists at all requested
+    /// frames.
     std::vector<int> ChooseFrames(Stack& stack) const {
         const bool sequence = stack.MainClip().IsSequence();
         std::optional<FrameSpan> span = stack.MainClip().Span();
         if (!extent_.empty()) span = ParseSpan(extent_);
         if (frames_.empty() && sequence && !span)
-            throw UsageError("'" + tools_.MainLink() + "': no frame of this clip is there");
+            throw UsageError("'" + tools_.MainLink() + "': this clip has no frames");
         std::vector<int> frames = ParseFrames(!frames_.empty() ? frames_ : sequence ? Describe(*span) : "0");
         const auto [least, most] = std::minmax_element(frames.begin(), frames.end());
         stack.SetExtent(span ? *span : FrameSpan{*least, *most});

@@ -19,14 +19,13 @@ void StackOptions::AddTo(CLI::App& line) {
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
     line.add_option("TOOL", toolName_, "Class id (K7.Clean), name (K7Clean) or plain name (Clean)");
-    each("-i,--input", links_, "[INPUT=]FILE: the picture, sequence or `sample:` at an input")->required();
+    each("-i,--input", links_, "[INPUT=]FILE: a picture, sequence or `sample:` for an input")->required();
     each("-s,--set", settings_, "CONTROL=VALUE, in the order given");
     each("--then", then_,
-         "TOOL that works on the frames of the one before; -s and -i INPUT=FILE behind it are its");
+         "TOOL to run on the previous one's frames, with the -s and -i INPUT=FILE that follow");
     line.add_option("--settings", loadFile_,
-                    "Take tools and controls from a file that --save-settings wrote; TOOL may be left out");
-    line.add_option("--save-settings", saveFile_,
-                    "Write all controls with their keys into a file at the end");
+                    "Load tools and controls from a file of --save-settings; TOOL may be omitted");
+    line.add_option("--save-settings", saveFile_, "Write all controls with their keys to a file at the end");
 }
 
 std::unique_ptr<Stack> StackOptions::Make(Missing missing, const std::string& aspect,

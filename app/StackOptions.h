@@ -17,7 +17,7 @@ namespace app {
 class StackOptions {
 public:
     void AddTo(CLI::App& line);
-    /// The tools behind the first, as TakeStages gave them.
+    /// The tools after the first, as TakeStages returned them.
     void SetLater(std::vector<StageWords> stages) { later_ = std::move(stages); }
 
     // All throw media::UsageError.
@@ -25,13 +25,13 @@ public:
     /// The tools, of the command line or of the settings file, linked to their pictures.
     std::unique_ptr<media::Stack> Make(media::Missing missing, const std::string& aspect,
                                        const media::ReadOptions& reading);
-    /// The settings of the file, then the depth, then those of the command line. Warns of what they do not do
-    /// as they are written.
+    /// The settings of the file, then the depth, then those of the command line. Warns of those that do not
+    /// take effect as written.
     void Apply(media::Stack& stack, media::WorkingDepth depth, int frame, Console& console) const;
-    /// Writes the settings file that is asked for, if one is. Throws std::runtime_error.
+    /// Writes the settings file, if one was asked for. Throws std::runtime_error.
     void Save(const media::Stack& stack) const;
 
-    /// How the main picture was named.
+    /// The main picture as it was named.
     const std::string& MainLink() const { return links_.front(); }
 
 private:

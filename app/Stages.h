@@ -7,15 +7,15 @@
 
 namespace app {
 
-/// What a command line says of one tool of a stack.
+/// What a command line says about one tool of a stack.
 struct StageWords {
     std::string tool;
     media::Links links;
     std::vector<std::string> settings;
 };
 
-/// Takes `--then TOOL`, and the settings and named inputs behind it, out of a command line: an element for
-/// each. Throws media::UsageError.
+/// Takes each `--then TOOL`, with the settings and named inputs after it, out of a command line. Throws
+/// media::UsageError.
 std::vector<StageWords> TakeStages(std::vector<std::string>& words);
 
 } // namespace app

@@ -13,8 +13,8 @@ namespace k7 {
 /// Which family of the allocator a buffer's block comes from.
 enum class Family { Normal, Image };
 
-/// An array of plain values from the tracked allocator, given back with the object. Contents are undefined
-/// until written. An array that could not be had, or has no elements, is null: test it before use.
+/// An array of plain values from the tracked allocator, freed with the object. Contents are undefined until
+/// written. The array is null if the allocation failed or it has no elements: test it before use.
 template <class T, Family family = Family::Normal>
 class Buffer {
     static_assert(std::is_trivially_copyable_v<T>);

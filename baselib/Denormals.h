@@ -6,9 +6,9 @@
 
 namespace k7 {
 
-/// While it lives, numbers too small for full precision (below 1e-307) count as 0 on this thread. A recursion
-/// that dies away over black would otherwise spend its time on them: processors take a hundred cycles for
-/// each. Where there is no such switch nothing changes.
+/// For its lifetime, flushes denormal numbers (below 1e-307) to zero on this thread. A recursion that decays
+/// over black would otherwise spend its time on them: processors take a hundred cycles for each. Does nothing
+/// on processors without such a switch.
 class NoDenormals {
 public:
 #if defined(__SSE2__)

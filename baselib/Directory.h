@@ -10,7 +10,7 @@ std::string DataRoot();
 /// The folder of data files under the root, with a backslash at its end.
 std::string DataFolder();
 
-/// A path as this system opens it: where the separator is another, backslashes are turned into it.
+/// A path as this system opens it: backslashes become the system's separator.
 std::string NativePath(std::string path);
 
 } // namespace k7

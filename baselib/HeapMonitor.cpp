@@ -41,7 +41,7 @@ HeapEntry** FindLink(HeapEntry& slot, std::uintptr_t pointer) {
     return link;
 }
 
-/// Puts the node at a link out of its chain.
+/// Takes the node at a link out of its chain.
 void DropNode(HeapEntry** link) {
     HeapEntry* node = *link;
     *link = node->Next;

@@ -57,7 +57,7 @@ struct HeapInfo {
     std::uint64_t BytesInUse;
     std::uint64_t PeakBytes;
     std::int32_t OutOfMemory; ///< a block could not be recorded: the table is incomplete
-    double SecondsInMonitor;  ///< spent in tracked calls of both families; kept in hm_normal alone
+    double SecondsInMonitor;  ///< spent in tracked calls of both families; kept in hm_normal only
     double EntrySeconds;
 };
 extern HeapInfo hm_normal;
@@ -84,12 +84,12 @@ std::uint32_t hm_hash(const unsigned char* bytes, std::size_t count);
 std::size_t hm_slot(std::uintptr_t pointer);
 
 void hm_insert(HeapInfo* info, std::uintptr_t pointer, std::size_t size, const char* file, int line);
-/// Copies a block's entry; false where the block is not in the table.
+/// Copies a block's entry; false if the block is not in the table.
 [[nodiscard]] bool hm_lookup(HeapInfo* info, std::uintptr_t pointer, HeapEntry* found);
-/// Logs a complaint where the block is not in the table.
+/// Logs an error if the block is not in the table.
 void hm_remove(HeapInfo* info, std::uintptr_t pointer);
 
-/// Shows every block of a table to `visit(const HeapEntry&)`.
+/// Calls `visit(const HeapEntry&)` for every block of a table.
 template <class Visit>
 void hm_walk(const HeapInfo& info, Visit visit) {
     for (const HeapEntry& slot : info.Slots)

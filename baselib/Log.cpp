@@ -15,7 +15,7 @@ constexpr double kDay = 86400.0;
 constexpr const char* kLevelWords[] = {"NONE ", "ERROR", "WARN ", "INFO ", "DEBUG", "TRACE"};
 constexpr const char* kConsoleTitle = "Quorvane Debug";
 
-// Constructed with the library, so that HasConsole tells of the process as it was then.
+// Constructed with the library, so that HasConsole describes the process as it was at the start.
 [[maybe_unused]] const K7Log& loadedLog = StaticLog();
 
 /// Seconds since midnight by the log's clock, which the wall clock sets once.

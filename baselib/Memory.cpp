@@ -45,7 +45,7 @@ struct MonitorLock {
     MonitorLock& operator=(const MonitorLock&) = delete;
 };
 
-/// Adds its lifetime to the seconds in the monitor, which one table keeps for both families.
+/// Adds its lifetime to the seconds spent in the monitor, which one table keeps for both families.
 struct MonitorClock {
     MonitorClock() {
         init_info(&hm_normal);
@@ -68,7 +68,7 @@ char* CopyString(const char* string) {
     return static_cast<char*>(copy ? std::memcpy(copy, string, size) : nullptr);
 }
 
-/// Makes a block by `make`, under the lock where the level asks for it, and records it.
+/// Makes a block with `make`, under the lock if the level requires it, and records it.
 template <class Make>
 void* Monitored(const Kind& kind, std::size_t size, const char* file, int line, Make make) {
     if (hm_tracking) {
@@ -97,7 +97,8 @@ void* MonitoredMalloc(const Kind& kind, std::size_t size, const char* file, int 
     return block;
 }
 
-/// Frees a block of a table and forgets it; false where it is not in there, and then it is left alone.
+/// Frees a block of a table and removes its entry. False if the table does not have it; the block is then
+/// left alone.
 bool FreeTracked(const Kind& kind, void* pointer, const char* file, int line, HeapEntry* entry) {
     const MonitorClock clock;
     const std::uintptr_t address = AddressOf(pointer);
@@ -140,7 +141,7 @@ void* RawRealloc(void* pointer, std::size_t size) {
     return hm_use_hooks ? hm_hooks.Realloc(hm_hooks.Context, pointer, size) : std::realloc(pointer, size);
 }
 
-/// Moves a block of the table to a new size. False where the arguments were refused.
+/// Moves a block of the table to a new size. False if the arguments were refused.
 bool TrackedRealloc(void* pointer, std::size_t size, const char* file, int line, void** block) {
     if (size == 0) {
         k7_log(kLogError, "K7-HM-DEBUG: k7_realloc( size=0 ) attempted! [%s(%d)]\n", file, line);

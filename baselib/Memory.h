@@ -5,8 +5,8 @@
 namespace k7 {
 
 // The allocator that all image code shares. Each entry takes its caller's source path and line last, and
-// behaves as malloc, realloc, strdup and free do: null where there is no memory. A block goes back through
-// the entry of its own family; the two families never mix.
+// behaves as malloc, realloc, strdup and free do: null if allocation fails. A block is freed through the
+// entry of its own family; the two families never mix.
 
 /// Ordinary memory.
 [[nodiscard]] void* k7_malloc(std::size_t size, const char* file, int line);

@@ -15,19 +15,19 @@ double LocalDaySeconds();
 /// Milliseconds since the system started.
 std::uint64_t TickMilliseconds();
 
-/// Value of a variable of the process environment, null where it is not set.
+/// Value of an environment variable, null if it is not set.
 const char* EnvironmentValue(const char* name);
 
 /// The folder that holds an installation by default, without a separator at its end.
 extern const char* const kDefaultRoot;
 
-/// What stands between the folders of a path that is opened.
+/// The separator between the folders of a path.
 extern const char kPathSeparator;
 
-/// Whether this process writes to a console of its own already.
+/// Whether this process already writes to a console of its own.
 bool HasOwnConsole();
 
-/// Opens a console under a title for this process. Null where none can be had.
+/// Opens a console with a title for this process. Null if that fails.
 void* OpenConsole(const char* title);
 
 /// Puts the console's window above all others; false while there is no such window.

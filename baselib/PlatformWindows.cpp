@@ -39,7 +39,7 @@ const char* EnvironmentValue(const char* name) {
 }
 
 bool HasOwnConsole() {
-    char title[2];
+    char title[1024]; // a shorter buffer than the title may count as a failure
     return GetConsoleTitleA(title, sizeof title) != 0;
 }
 
@@ -49,7 +49,7 @@ void* OpenConsole(const char* title) {
     if (!SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE))
         std::printf("failed to set console handler");
     SetConsoleTitleA(title);
-    Sleep(40); // until the window bears the title
+    Sleep(40); // until the window has the title
     HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     return console == INVALID_HANDLE_VALUE ? nullptr : console;
 }

@@ -10,7 +10,7 @@
 #define K7_WIDE_VECTORS
 #endif
 
-// Before an inline function that such a function calls: only what is inlined into it is compiled anew.
+// Before an inline function that such a function calls: only what is inlined into it is compiled again.
 #if defined(__GNUC__)
 #define K7_ALWAYS_INLINE [[gnu::always_inline]] inline
 #else

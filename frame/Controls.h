@@ -8,8 +8,8 @@
 
 namespace k7 {
 
-/// The time that stands for "now": a read gives the value at the document's current time, a write addresses
-/// the input as such and sets no key.
+/// The time that stands for "now": a read returns the value at the document's current time, a write sets the
+/// constant value and no key.
 inline constexpr double kTimeNow = -1.0;
 
 /// A host input as a control sees it. The operator implements it for the host, a test in memory.
@@ -28,8 +28,8 @@ public:
     virtual void EndUndo(bool keep) = 0;
 };
 
-/// Where values are read from: a request for a frame, or the inputs themselves at some time. Each gives
-/// false where there is no value.
+/// Where values are read from: a request for a frame, or the inputs themselves at some time. Each returns
+/// false if there is no value.
 class ValueSource {
 public:
     virtual ~ValueSource() = default;
@@ -47,16 +47,16 @@ public:
     virtual void SetDisabled(bool on);
     virtual void SetHidden(bool on);
 
-    /// Takes Value from the source; without a value there, the default of its kind.
+    /// Reads Value from the source; without a value there, takes the default of its kind.
     virtual void ReadValue(ValueSource& source) = 0;
-    /// The same for what widgets show, while a frame uses Value.
+    /// The same for the value that widgets show, while a frame uses Value.
     virtual void ReadShown(ValueSource&) {}
 
     static constexpr int kInputs = 16;
     ControlInput* Input[kInputs] = {}; ///< element 0; a colour has 0 to 3, red to alpha
-    bool Disabled = false;             ///< what was last asked for
+    bool Disabled = false;             ///< as last set
     bool Hidden = false;
-    bool Changing = false; ///< an own write is under way: its echo is no change by the user
+    bool Changing = false; ///< the core itself is writing: the echo is not a change by the user
 };
 
 /// Whole number, truncated. Without a value 0.
@@ -137,13 +137,14 @@ public:
 class FrameSource {
 public:
     virtual ~FrameSource() = default;
-    /// Fills `target`, which keeps its size, with the picture at `time` held within the clip. False if the
-    /// host gives none; `target` then keeps what it held.
+    /// Fills `target`, which keeps its size, with the picture at `time`, clamped to the clip. False if the
+    /// host has none; `target` is then unchanged.
     [[nodiscard]] virtual bool ReadInputAtTime(double time, K7Image& target) = 0;
     [[nodiscard]] virtual bool ReadInputAtTime(double time, FloatImageK7& target) = 0;
 };
 
-/// A picture of the frame in its depth: one of the two, or neither. The owner's, for one frame.
+/// A picture of the frame in its depth: one of the two, or neither. Belongs to the owner and lives for one
+/// frame.
 struct ImageSlotK7 {
     K7Image* Image = nullptr;
     FloatImageK7* Floats = nullptr;
@@ -165,8 +166,8 @@ struct ImageInputK7 : ImageSlotK7 {
 /// The image that Process fills.
 struct ImageOutputK7 : ImageSlotK7 {};
 
-/// Calls work(in, out) with the pictures of a frame, in the depth that they have. Further inputs have it too:
-/// `Second.Of<Sample>()`.
+/// Calls work(in, out) with the pictures of a frame, in the depth that they have. Further inputs have the
+/// same depth: `Second.Of<Sample>()`.
 template <class Work>
 void InDepth(ImageInputK7& input, ImageOutputK7& output, Work&& work) {
     if (output.Floats)

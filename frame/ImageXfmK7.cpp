@@ -136,10 +136,10 @@ int ImageXfmK7::RunPass(const PictureK7<Sample>* source, PictureK7<Sample>* dest
     return !outOfMemory_;
 }
 
-/// Works out, once for all lines of the pass, which source pixels make each destination pixel.
+/// Computes, once for all lines of the pass, which source pixels contribute to each destination pixel.
 bool ImageXfmK7::PlacePixels() {
-    // A single pixel has no last one to align: it takes the source's first. The kernel of a reducing pass is
-    // stretched over all source pixels that it passes.
+    // A single destination pixel takes the source's first one. The kernel of a reducing pass is stretched
+    // over all source pixels that it passes.
     Step = DestSize > 1 ? (SourceSize - 1.0) / (DestSize - 1.0) : 0.0;
     const bool reducing = DestSize < SourceSize;
     const double stretch = reducing && DestSize > 1 ? Step : 1.0;
@@ -194,7 +194,7 @@ void ImageXfmK7::ResizeRow(const double* row, Sample* out) const {
 template <class Sample>
 void ImageXfmK7::ResizeRows(int first, int last) {
     if (first > last) return;
-    // Each sample is turned into a double once and not once for every tap.
+    // Each sample is converted to double once, not once for every tap.
     const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);
     const std::size_t samples = static_cast<std::size_t>(SourceSize) * kChannels;
     const Buffer<double> row(samples, kSource, __LINE__);
@@ -210,7 +210,7 @@ void ImageXfmK7::ResizeRows(int first, int last) {
 
 template <class Sample>
 void ImageXfmK7::ResizeColumns(int first, int last) {
-    // Blocks of columns that stay in the first cache: rows are read in order, and the sums with them.
+    // Blocks of columns that stay in the first-level cache: rows are read in order, and the sums with them.
     constexpr int kBlock = 128 * kChannels;
     double sums[kBlock];
     const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);

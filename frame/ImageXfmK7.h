@@ -11,9 +11,9 @@
 
 namespace k7 {
 
-/// Resamples a picture to another size in two separable passes, along rows and then along columns. First and
-/// last pixels of both sizes lie on each other. Weights are divided by their sum only where a pass reduces:
-/// a flat picture enlarged by a factor that is not whole comes out slightly uneven.
+/// Resamples a picture to another size in two separable passes, along rows and then along columns. The first
+/// pixels of both sizes coincide, and so do the last. Weights are divided by their sum only where a pass
+/// reduces: a flat picture enlarged by a factor that is not whole comes out slightly uneven.
 class ImageXfmK7 {
 public:
     /// Kernels of SetFilter; any other number is the triangle.
@@ -25,8 +25,8 @@ public:
         kWindowedSinc = 6,
     };
 
-    /// Has `rows` lines of a pass worked on: calls worker(xfm, first, last, threads) for ranges that make up
-    /// 0 to rows - 1, and returns when all are done.
+    /// Runs a pass over `rows` lines: calls worker(xfm, first, last, threads) for ranges that make up 0 to
+    /// rows - 1, and returns when all are done.
     using DispatchHook = void (*)(PluginK7* core, ExternalWorker worker, int rows, ImageXfmK7* xfm);
 
     ImageXfmK7() { SetFilter(kTriangle); }
@@ -39,15 +39,15 @@ public:
     /// The hook that spreads the work over the threads of a core's owner.
     static void RunExternalChunks(PluginK7* core, ExternalWorker worker, int rows, ImageXfmK7* xfm);
 
-    /// Writes `source` into `dest`, which keeps its size. 0 without memory, and then `dest` is undefined;
-    /// otherwise 1.
+    /// Writes `source` into `dest`, which keeps its size. Returns 1, or 0 if allocation fails; `dest` is then
+    /// undefined.
     template <class Sample>
     [[nodiscard]] int Transfer(const PictureK7<Sample>* source, PictureK7<Sample>* dest);
 
 private:
     static constexpr int kSteps = 512; ///< kernel entries for a distance of one pixel
 
-    /// A source pixel's share in a destination pixel.
+    /// The weight of a source pixel in a destination pixel.
     struct Tap {
         double weight;
         std::int32_t source;
@@ -90,7 +90,8 @@ private:
         const PictureK7<Sample>* source = nullptr;
         PictureK7<Sample>* dest = nullptr;
     };
-    std::tuple<PassPictures<u16>, PassPictures<float>> pictures_; ///< those of the depth in work
+    std::tuple<PassPictures<u16>, PassPictures<float>>
+        pictures_;     ///< the current pass's, in one of the depths
     double Step = 0.0; ///< source pixels from one destination pixel to the next
     Buffer<Tap> taps_;
     Buffer<Place> places_;

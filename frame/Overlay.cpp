@@ -149,7 +149,7 @@ void AngleOverlayK7::DragTo(float x, float y) {
         Angle = dy >= 0.0f ? t : 360.0f - t;
     else if (dy < 0.0f)
         Angle = 180.0f + t;
-    else if (dx < 0.0f || dy > 0.0f) // at the very centre the hand stays where it was
+    else if (dx < 0.0f || dy > 0.0f) // at the exact centre the hand stays where it was
         Angle = 180.0f - t;
 }
 

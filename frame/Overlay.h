@@ -52,11 +52,12 @@ void OverlayLine(const OverlayK7& view, float x1, float y1, float x2, float y2);
 void OverlayBox(const OverlayK7& view, float x, float y);
 /// Every second piece, from the second on, of a line cut into pieces of `dash` pixels.
 void OverlayDashedLine(const OverlayK7& view, float x1, float y1, float x2, float y2, int dash);
-/// `width` and `height` are full axes in pixels, angles in degrees, `step` the pixels of arc for a stroke.
-/// An ellipse below 5 pixels in either axis is not drawn.
+/// `width` and `height` are full axes in pixels, angles in degrees, `step` the pixels of arc per stroke. An
+/// ellipse of less than 5 pixels in either axis is not drawn.
 void OverlayEllipse(const OverlayK7& view, float cx, float cy, float width, float height, float rotation,
                     bool dashed, int step, float start, float end);
-/// Four strokes pointing away from a point, the point itself left free; with `diagonals` four more between.
+/// Four strokes pointing away from a point, which itself is left free; with `diagonals`, four more between
+/// them.
 void OverlayCross(const OverlayK7& view, float x, float y, bool diagonals);
 /// The two strokes of an arrow head at (x1, y1), opening towards (x2, y2).
 void OverlayArrow(const OverlayK7& view, float x1, float y1, float x2, float y2);
@@ -74,7 +75,7 @@ class OverlayControlK7 {
 public:
     virtual ~OverlayControlK7() = default;
 
-    /// Draws the widget with its present geometry, in its colour.
+    /// Draws the widget with its current geometry, in its colour.
     void Draw();
 
     /// Hit test and drag, the pointer at image pixel (x, y). A drag writes to the linked inputs, and is one
@@ -103,7 +104,7 @@ protected:
     float PixelX(float fraction) const { return static_cast<float>(Owner->ImageWidth) * fraction; }
     float PixelY(float fraction) const { return static_cast<float>(Owner->ImageHeight) * fraction; }
 
-    // Write a value to input i and store it in a control object; its Value only if no frame uses it.
+    // Write a value to input i and store it in a control object; in its Value only if no frame is using that.
     void WriteNumber(int i, ControlK7* control, double value);
     void WritePoint(int i, double x, double y);
 
@@ -120,7 +121,7 @@ public:
 
 protected:
     int HandleAt(float x, float y) const override { return HitsHandle(HandleX, HandleY, x, y) ? 1 : 0; }
-    /// Draws the handle's box and keeps the place.
+    /// Draws the handle's box and remembers its place.
     void DrawHandle(float x, float y);
 };
 
@@ -131,7 +132,7 @@ public:
     float Y = 0.0f;
     bool Diagonals = false;
 
-    /// Goes to a control's position and draws itself there, if it is visible.
+    /// Moves to a control's position and draws itself there, if it is visible.
     void DrawAt(const PositionControlK7::Position& position);
 
 protected:
@@ -169,8 +170,8 @@ protected:
     void WriteValues() override;
 };
 
-/// A widget of two sizes: handle 1 drags both, handle 2 the width, handle 3 the height. A size is written
-/// where its control object is linked, and stays within the displayed range of Link.Input[0].
+/// A widget of two sizes: handle 1 drags both, handle 2 the width, handle 3 the height. A size is written if
+/// its control object is linked, and stays within the displayed range of Link.Input[0].
 class SizeOverlayK7 : public OverlayControlK7 {
 public:
     float X = 0.0f; ///< fractions of the picture
@@ -204,7 +205,7 @@ protected:
 /// Sizes are fractions of the picture's width and height.
 class RectangleOverlayK7 : public SizeOverlayK7 {
 public:
-    bool Square = false; ///< the height follows the width; handle 3 then has no box, but answers
+    bool Square = false; ///< the height follows the width; handle 3 then has no box, but can be dragged
 
 protected:
     void DrawShape() override;

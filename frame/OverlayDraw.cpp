@@ -8,7 +8,7 @@ namespace k7 {
 
 namespace {
 
-/// Strokes of one curve at most: a widget many pictures wide is drawn in coarser strokes.
+/// The most strokes of one curve: a widget many pictures wide is drawn in coarser strokes.
 constexpr float kMaxStrokes = 16384.0f;
 
 constexpr float kBoxHalf = 4.0f; // display pixels

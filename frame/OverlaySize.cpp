@@ -9,7 +9,7 @@ namespace k7 {
 namespace {
 
 constexpr float kRadians = std::numbers::pi_v<float> / 180.0f;
-constexpr int kCircleStep = 4; // image pixels of arc for a stroke
+constexpr int kCircleStep = 4; // image pixels of arc per stroke
 
 struct Vector {
     float x;
@@ -33,7 +33,7 @@ void SizeOverlayK7::WriteValues() {
     if (!Link.Input[0]) return;
     const float low = static_cast<float>(Link.Input[0]->ShownLow());
     const float high = static_cast<float>(Link.Input[0]->ShownHigh());
-    Width = std::min(std::max(low, Width), high); // a size that is no number becomes the lowest
+    Width = std::min(std::max(low, Width), high); // NaN becomes the lowest
     Height = std::min(std::max(low, Height), high);
     if (Concerns(0)) WriteNumber(0, Link.Control[2], Width);
     if (Concerns(1)) WriteNumber(1, Link.Control[3], Height);

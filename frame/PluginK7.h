@@ -6,11 +6,11 @@
 
 namespace k7 {
 
-/// A worker that is no member of a core: (context, first, last, threads).
+/// A worker that is not a member of a core: (context, first, last, threads).
 using ExternalWorker = void (*)(void* context, int first, int last, int threads);
 
-/// Base of all effect cores. A core does the picture work of one effect and knows no host: its owner sets
-/// the fields below and the slots and controls of the effect's record, then calls Process.
+/// Base of all effect cores. A core does the picture work of one effect and knows nothing of the host: its
+/// owner sets the fields below and the slots and controls of the effect's record, then calls Process.
 class PluginK7 {
 public:
     PluginK7() = default;
@@ -22,14 +22,14 @@ public:
     /// at the end, unless the frame was aborted.
     virtual void Process() {}
 
-    /// Brings hidden and greyed controls in line with the values of the controls that govern them. Called
-    /// once before the first Process.
+    /// Hides, shows and greys controls according to the values of the controls that govern them. Called once
+    /// before the first Process.
     virtual void RefreshControls() {}
 
     /// True once the owner has been asked to abandon the frame. Workers ask once per row at most.
     bool IsAborted() const { return Operator->AbortRaised(); }
 
-    /// Into how many parts work is divided whose result shows the division; at least 1.
+    /// The number of parts into which work is divided whose result depends on the division; at least 1.
     int Division() const {
         const int parts = Operator->Division();
         return parts > 1 ? parts : 1;

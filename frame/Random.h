@@ -6,7 +6,7 @@
 namespace k7 {
 
 /// The linear congruential generator of the common C runtime libraries: advances the caller's state and
-/// gives its bits 16 to 30, a value from 0 to 32767.
+/// returns its bits 16 to 30, a value from 0 to 32767.
 constexpr int Rand15(std::uint32_t* state) {
     *state = *state * 214013u + 2531011u;
     return static_cast<int>(*state >> 16 & 0x7fffu);
@@ -27,7 +27,7 @@ constexpr std::uint32_t SkipRand15(std::uint32_t state, std::uint64_t draws) {
 /// Bays-Durham shuffle. The object is the whole generator; a copy goes on with the same sequence.
 class Ran1 {
 public:
-    /// Starts the sequence of a seed at the next draw; a seed of 0 or 1 gives the same sequence.
+    /// Starts the sequence of a seed at the next draw; seeds 0 and 1 have the same sequence.
     void Seed(std::int32_t seed) { state_ = seed > 0 ? -seed : seed; }
 
     /// A 32-bit float above 0 and at most 0.99999988.

@@ -50,7 +50,7 @@ struct Mix {
         to.WriteRow(y, below.data());
     }
 
-    /// A new picture of the source's kind; null where allocation fails.
+    /// A new picture of the source's kind; null if allocation fails.
     Image* Make() const {
         Image* to = Image::NewImage({{kTagImageLike, &source}});
         if (!to) return nullptr;
@@ -62,7 +62,7 @@ struct Mix {
         return to;
     }
 
-    /// Whether the frame is seen anywhere.
+    /// Whether anything of the frame is visible.
     bool ShowsFrame() const {
         if (blend == 0.0f || std::none_of(process, process + 4, [](bool on) { return on; })) return false;
         const float hidden = inverted ? 1.0f : 0.0f;
@@ -190,7 +190,7 @@ void CommonControls::Render(Request& request) try {
     const auto* frame = dynamic_cast<const Image*>(request.OutputData(output));
     if (frame) request.SetOutputData(output, mixed(*frame).Make());
 } catch (const std::bad_alloc&) {
-    // The host gets a frame without output, and no exception.
+    // The host gets a frame without output, not an exception.
     for (Output* output : operator_.Outputs()) request.SetOutputData(output, nullptr);
 }
 

@@ -9,16 +9,16 @@ class Input;
 class Operator;
 class Request;
 
-/// What a compositor gives to every tool: a blend with the source, a mask, ticks for the channels, and
-/// division by alpha before the tool with multiplication after it. Their inputs stand on a page of their own
-/// behind the tool's; the tool knows nothing of them.
+/// What a compositor adds to every tool: a blend with the source, a mask, check boxes for the channels, and
+/// division by alpha before the tool with multiplication after it. Their inputs are on a page of their own
+/// after the tool's; the tool knows nothing of them.
 class CommonControls {
 public:
-    /// Adds the inputs to a tool whose own are complete.
+    /// Adds the inputs, after all of the tool's own.
     explicit CommonControls(Operator& op);
 
     /// Renders a frame of the tool and mixes it with its main picture. At their defaults the output is the
-    /// tool's own picture. Where nothing of it would be seen the tool does not run, and the output is the
+    /// tool's own picture. If nothing of it would be visible the tool does not run, and the output is the
     /// main picture, unless the tool's class says that its frames write controls.
     void Render(Request& request);
 
@@ -37,7 +37,7 @@ private:
     Image* Divided(Image* picture, double time) const;
 
     Operator& operator_;
-    Input* main_ = nullptr; ///< the tool's main picture; null where it has none
+    Input* main_ = nullptr; ///< the tool's main picture; null if it has none
     Input* blend_;
     Input* mask_;
     Input* channel_;

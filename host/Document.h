@@ -9,8 +9,8 @@
 
 namespace host {
 
-/// A composition: the time that its views show, and the steps that the user can take back. Where the program
-/// around this host keeps those steps itself, it takes the place of StartUndo and EndUndo.
+/// A composition: the time that its views show, and the steps that the user can undo. A surrounding program
+/// that keeps those steps itself overrides StartUndo and EndUndo.
 class K7HOST_API FusionDoc {
 public:
     virtual ~FusionDoc() = default;
@@ -20,16 +20,17 @@ public:
 
     std::atomic<double> CurrentTime = 0.0;
 
-    /// Opens a step, or joins the one that is open, and notes the input as it is now.
+    /// Opens a step, or joins the open one, and records the current state of the input.
     virtual void StartUndo(const std::string& title, Input* input);
-    /// Closes the step when called as often as StartUndo was; it stays if `keep` and something has changed.
+    /// Closes the step when called as often as StartUndo was; it is kept if `keep` is set and something has
+    /// changed.
     virtual void EndUndo(bool keep);
     /// Titles of the steps, the latest last.
     std::vector<std::string> UndoTitles() const;
-    /// Takes back the latest step. False if there is none.
+    /// Undoes the latest step. False if there is none.
     bool Undo();
 
-    /// Drops what is noted of an input that goes away.
+    /// Forgets an input that is about to be destroyed.
     void Forget(const Input* input);
 
 private:

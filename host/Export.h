@@ -1,7 +1,7 @@
 #pragma once
 
-// Marks what the shared host library offers to the program and to plug-ins.
-// Where the host layer is a part of another module it offers nothing.
+// Marks what the shared host library exports to the program and to plug-ins. It exports nothing where the
+// host layer is part of another module.
 #if defined(K7HOST_INSIDE)
 #define K7HOST_API
 #elif defined(_WIN32) && defined(K7HOST_BUILDING)

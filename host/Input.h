@@ -14,7 +14,7 @@ namespace host {
 
 class Operator;
 
-/// What can stand at the other end of an image input: a clip, or another tool.
+/// What an image input can be linked to: a clip, or another tool.
 class K7HOST_API ImageProvider {
 public:
     virtual ~ImageProvider() = default;
@@ -36,18 +36,19 @@ public:
     Type DataType() const { return type_; }
     Operator* Owner() const { return owner_; }
 
-    /// The value at a time, with a reference for the caller. Null for an image input without a picture there.
+    /// The value at a time, with a reference for the caller. Null for an image input without a picture at
+    /// that time.
     Parameter* GetSource(double time);
 
-    /// Writes a value: into the constant, or as a key at `time` where the input is animated. A number is held
-    /// within the input's limits; NaN is kept. Then the operator is notified on this thread. A value of
-    /// another type than the input's is ignored.
+    /// Writes a value: into the constant, or as a key at `time` if the input is animated. A number is clamped
+    /// to the input's limits; NaN is kept. Then the operator is notified on this thread. A value of a type
+    /// other than the input's is ignored.
     virtual void SetSource(Parameter* value, double time, int mode, TagList* tags);
 
-    /// From now on the value lives there and no longer in memory. Before the input is used.
+    /// From now on the value lives in `store` instead of in memory. To be called before the input is used.
     void KeepValueIn(std::unique_ptr<ValueStore> store);
 
-    /// Attributes as ever; the store hears of the input being shown or enabled.
+    /// Sets attributes; the store is told if the input is shown or enabled.
     void SetAttrs(const TagList& tags) override;
 
     /// The whole curve of a number or point in memory. Setting it notifies the operator at the time of the
@@ -56,15 +57,15 @@ public:
     void SetCurve(Curve curve);
     std::string GetText() const;
 
-    /// Links an image input; null takes the link away. The provider must outlive the link.
+    /// Links an image input; null removes the link. The provider must outlive the link.
     void Connect(ImageProvider* provider);
     bool Connected() const;
 
-    /// Stands between the link and who asks for a picture: takes over the picture at a time and gives what is
-    /// seen of it, or null. Before the input is used.
+    /// A filter between the link and those who ask for a picture: it takes over the picture at a time and
+    /// returns what is seen of it, or null. To be set before the input is used.
     using Filter = std::function<Image*(Image* picture, double time)>;
     void SetFilter(Filter filter) { filter_ = std::move(filter); }
-    /// The picture as the link gives it, with a reference for the caller.
+    /// The picture as the link provides it, with a reference for the caller.
     Image* Unfiltered(double time);
 
     void StartUndo(const char* title, const TagList* tags) override;

@@ -15,7 +15,7 @@ struct Share {
     std::vector<float> weights;
 };
 
-/// Between pixel centres where a line grows; where it shrinks each pixel counts by what a place covers of it.
+/// Linear interpolation where a line grows; where it shrinks, a mean of the pixels weighted by coverage.
 std::vector<Share> SharesOf(int from, int to) {
     std::vector<Share> shares(static_cast<std::size_t>(to));
     const double step = static_cast<double>(from) / to;

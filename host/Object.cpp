@@ -10,7 +10,7 @@ void Object::SetAttrs(const TagList& tags) {
 
 namespace {
 
-/// The last value of a tag where it is a V, else `missing`.
+/// The last value of a tag if it is a V, otherwise `missing`.
 template <class V>
 V LastOr(const std::map<Tag, std::vector<TagValue>>& attributes, Tag tag, V missing) {
     const auto found = attributes.find(tag);

@@ -20,7 +20,7 @@ namespace host {
 class FuID {
 public:
     FuID() = default;
-    /// `keep` says that the identifier lives on; it makes no difference to a build of this host.
+    /// `keep` says that the identifier outlives its text; in this host it makes no difference.
     explicit FuID(const char* text, bool keep = false) : text_(text) { static_cast<void>(keep); }
     const char* Text() const { return text_.c_str(); }
     bool operator==(const FuID&) const = default;
@@ -48,7 +48,7 @@ struct TaggedValue {
     TagValue value;
 };
 
-/// An ordered list of tags and values; a tag may come more than once.
+/// An ordered list of tags and values; a tag may occur more than once.
 class TagList {
 public:
     TagList() = default;
@@ -57,8 +57,7 @@ public:
     auto begin() const { return values_.begin(); }
     auto end() const { return values_.end(); }
 
-    /// The last value of a tag, or null. Of a tag that comes more than once the later one replaces the
-    /// others.
+    /// The last value of a tag, or null. If a tag occurs more than once the last one counts.
     const TagValue* Find(Tag tag) const {
         for (auto it = values_.rbegin(); it != values_.rend(); ++it)
             if (it->tag == tag) return &it->value;
@@ -69,8 +68,8 @@ private:
     std::vector<TaggedValue> values_;
 };
 
-/// Base of what the host hands out. Made with one reference, which belongs to the maker; Recycle gives a
-/// reference back, and the last one deletes the object. Attributes may be used from any thread.
+/// Base of what the host hands out. Created with one reference, which belongs to the creator; Recycle
+/// releases a reference, and the last one deletes the object. Attributes may be used from any thread.
 class K7HOST_API Object {
 public:
     Object() = default;
@@ -82,18 +81,18 @@ public:
         if (--references_ == 0) delete this;
     }
 
-    /// Takes over the values; where a tag comes more than once in the list all of its values are kept.
+    /// Takes over the values; if a tag occurs more than once in the list all of its values are kept.
     virtual void SetAttrs(const TagList& tags);
 
-    // The value of an attribute; `missing` where it was never set or has another type.
+    // The value of an attribute; `missing` if it was never set or has another type.
     std::int64_t GetAttrI(Tag tag, std::int64_t missing = 0) const;
     double GetAttrD(Tag tag, double missing = 0.0) const;
-    std::string GetAttrS(Tag tag) const; ///< text or identifier; empty where missing
+    std::string GetAttrS(Tag tag) const; ///< text or identifier; empty if missing
     const void* GetAttrP(Tag tag) const;
     std::vector<std::string> GetAttrList(Tag tag) const; ///< all texts of a repeated tag
     bool HasAttr(Tag tag) const;
 
-    /// Brackets changes as one step that the user can take back. Only inputs keep such steps.
+    /// Groups changes into one step that the user can undo. Only inputs keep such steps.
     virtual void StartUndo(const char* title, const TagList* tags);
     virtual void EndUndo(bool keep, const TagList* tags);
 

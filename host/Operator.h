@@ -31,21 +31,21 @@ public:
     Operator(const Registry* registry, const ScriptVal& value, const TagList& tags);
     ~Operator() override;
 
-    // What a tool builds itself from. Inputs and outputs belong to the operator.
+    // What a tool is built from. Inputs and outputs belong to the operator.
     int AddControlPage(const char* name, const TagList& tags = {});
     Input* AddInput(const FuID& name, const FuID& id, const TagList& tags);
     Output* AddOutput(const FuID& name, const FuID& id, const TagList& tags);
 
-    /// Renders a frame with the common controls, as the host does it. The output is the request's.
+    /// Renders a frame with the common controls, as the host does. The output goes to the request.
     void Render(Request* request);
-    /// Adds the common controls; the registry does so when the tool's own inputs are complete.
+    /// Adds the common controls; the registry calls it when the tool's own inputs are complete.
     void AddCommonControls();
 
     // What a tool does.
     virtual void Process(Request* request);
     /// A value of `in` has changed; `param` is the new one. The base counts the changes.
     virtual void NotifyChanged(Input* in, Parameter* param, double time, TagList* tags);
-    /// The range of times at which the operator has pictures: the one that SetExtent gave.
+    /// The range of times at which the operator has pictures, as given to SetExtent.
     virtual void GetExtent(TimeExtent& extent, TagList* tags);
 
     // On-screen controls of a preview.
@@ -60,7 +60,7 @@ public:
     virtual Input* ControlCommand(OperatorControl* control, PreviewInfo* preview, const FuID& command,
                                   void* argument, TagList* tags);
 
-    /// Class hooks that the registry runs when a tool comes and goes.
+    /// Class hooks that the registry runs when a tool is created and destroyed.
     static void RegInit(Registry* registry);
     static void RegCleanup(Registry* registry);
 
@@ -89,7 +89,7 @@ private:
     std::atomic<double> frameTime_ = kTimeUndefined;
 };
 
-/// A tool that spreads its work over the threads of the host.
+/// A tool that distributes its work over the threads of the host.
 class K7HOST_API ThreadedOperator : public Operator {
 public:
     using Operator::Operator;

@@ -19,7 +19,7 @@ class K7HOST_API PreviewInfo {
 public:
     virtual ~PreviewInfo() = default;
 
-    /// A position as a fraction of the picture into the view's OpenGL coordinates.
+    /// Converts a position in fractions of the picture to the view's OpenGL coordinates.
     virtual double TransformXOut(double x) const = 0;
     virtual double TransformYOut(double y) const = 0;
     /// Sets the drawing colour.
@@ -47,16 +47,16 @@ inline constexpr int kDragControl = 2; ///< the host goes on with moves and an u
 class K7HOST_API OperatorControl : public Object {
 public:
     OperatorControl() = default;
-    /// Tells the view that an input has changed; it redraws at its next chance.
+    /// Tells the view that an input has changed; it redraws when it can.
     virtual void InputChanged(Input* input);
 
     FusionDoc* Document = nullptr;
     const PreviewInfo* Preview = nullptr;
-    bool DrawWhileMoving = false;       ///< the view wants a drawing at each move of a drag
+    bool DrawWhileMoving = false;       ///< the view wants to be redrawn at each move of a drag
     std::atomic<int> RedrawsWanted = 0; ///< counted on any thread
 };
 
-/// Readers share, writers exclude all others.
+/// A lock that readers share and writers hold alone.
 class K7HOST_API LockableObject {
 public:
     void ObtainLock() { mutex_.lock(); }

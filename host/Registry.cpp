@@ -8,7 +8,7 @@ namespace host {
 
 namespace {
 
-/// Tags hold the addresses of functions as they hold all others.
+/// Tags hold addresses of functions like any other address.
 template <class Function>
 Function AsFunction(const void* address) {
     return reinterpret_cast<Function>(const_cast<void*>(address));
@@ -42,7 +42,7 @@ Object* Registry::New(FusionDoc* document) const {
 Operator* Registry::NewOperator(FusionDoc* document) const {
     Object* made = New(document);
     auto* tool = dynamic_cast<Operator*>(made);
-    if (made && !tool) made->Recycle(); // the entry of another class
+    if (made && !tool) made->Recycle(); // it belongs to another class
     if (tool) tool->AddCommonControls();
     return tool;
 }

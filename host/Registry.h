@@ -11,7 +11,7 @@ class FusionDoc;
 class Operator;
 class Registry;
 
-/// A value of the script language. Tools pass it on and look at nothing in it.
+/// A value of the script language. Tools pass it on without looking into it.
 struct ScriptVal {};
 
 /// A tool's side of the script language.
@@ -35,7 +35,7 @@ using CreateFunction = Object* (*)(Registry*, ScriptVal&, TagList&);
 
 class RegistryList;
 
-/// The entry of a class. It stands in its list for as long as it lives.
+/// The entry of a class, in its list for as long as it lives.
 class K7HOST_API Registry : public Object {
 public:
     Registry(RegistryList* list, const FuID& id, const TagList& tags);
@@ -53,7 +53,7 @@ private:
     const FuID id_;
 };
 
-/// The classes that the host knows. Safe from any thread.
+/// The classes that the host knows. Thread-safe.
 class K7HOST_API RegistryList {
 public:
     void Add(Registry* entry);
@@ -61,7 +61,7 @@ public:
     std::vector<Registry*> Entries() const; ///< in the order of their tool numbers
     Registry* Find(const FuID& id) const;   ///< null if there is none
 
-    /// A new object of a class; `mask` and `argument` are of no concern to the classes of this host. Null if
+    /// A new object of a class; `mask` and `argument` have no meaning for the classes of this host. Null if
     /// there is no such class. The caller owns it.
     [[nodiscard]] Object* New(const FuID& id, long mask, void* argument) const;
 

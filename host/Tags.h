@@ -4,7 +4,7 @@
 
 namespace host {
 
-/// The number of an attribute. Its two highest hexadecimal digits tell the type of the value: 0x1x integer,
+/// The number of an attribute. Its two highest hexadecimal digits are the type of the value: 0x1x integer,
 /// 0x2x double, 0x3x text, 0x6x pointer, 0x8x FuID.
 using Tag = std::uint64_t;
 
@@ -13,7 +13,7 @@ inline constexpr Tag kTagDataType = 0x88020000;    ///< "Number", "Point", "Text
 inline constexpr Tag kTagControlKind = 0x80030000; ///< "SliderControl", "ComboControl", ...
 inline constexpr Tag kTagShownLow = 0x20030000;    ///< displayed range; of a combo box 0 to entries - 1
 inline constexpr Tag kTagShownHigh = 0x20030001;
-inline constexpr Tag kTagLowest = 0x20030002; ///< values are held within these where they are given
+inline constexpr Tag kTagLowest = 0x20030002; ///< values are clamped to these if given
 inline constexpr Tag kTagHighest = 0x20030003;
 inline constexpr Tag kTagDefault = 0x20030004;
 inline constexpr Tag kTagDefaultX = 0x20030005; ///< of a point, in fractions of the frame
@@ -33,13 +33,14 @@ inline constexpr Tag kTagCheckbox = 0x10030000;  ///< set to 0 on check boxes
 inline constexpr Tag kTagMainLink = 0x10020001;  ///< number of an image among the main links, from 1
 inline constexpr Tag kTagOptional = 0x10030002;  ///< set to 0 on an image input that may stay empty
 inline constexpr Tag kTagPixels = 0x10030022;    ///< 1: a length in pixels of the frame
-inline constexpr Tag kTagIdleAt = 0x20030023; ///< a tool whose own inputs all have this gives its main image
+inline constexpr Tag kTagIdleAt =
+    0x20030023; ///< a tool whose own inputs all have this passes its main image through
 inline constexpr Tag kTagAidAt = 0x20030024;  ///< at this value frames show an aid, not the effect
 inline constexpr Tag kTagCommon = 0x10030010; ///< set to 0 on an input that every tool has
 
 // Operators.
 inline constexpr Tag kTagFramesBefore = 0x10030020; ///< earlier frames of its images that a frame reads
-inline constexpr Tag kTagVaries = 0x10030021;       ///< 1: frames differ also where its images do not
+inline constexpr Tag kTagVaries = 0x10030021;       ///< 1: frames differ even if its images do not
 
 // Objects.
 inline constexpr Tag kTagOpaque = 0x10020002;    ///< set to 0 on an image whose file has no alpha
@@ -66,7 +67,8 @@ inline constexpr Tag kTagRegVersion = 0x30000008;
 inline constexpr Tag kTagRegFlagA = 0x10000019;
 inline constexpr Tag kTagRegFlagB = 0x10000033;
 inline constexpr Tag kTagRegShowsDivision = 0x10000042; ///< set to 0: frames depend on Application's Division
-inline constexpr Tag kTagRegCarriesOver = 0x10000041;   ///< set to 0: what its first frame draws lives on
+inline constexpr Tag kTagRegCarriesOver =
+    0x10000041; ///< set to 0: what its first frame draws at random is kept
 inline constexpr Tag kTagRegWritesControls = 0x10000040; ///< set to 0: a frame may write controls
 
 } // namespace host

@@ -12,8 +12,8 @@
 
 namespace host {
 
-/// Threads that are made once and serve any number of jobs at a time. A job's caller works on it too, so
-/// that it goes on even when all threads are busy.
+/// Threads that are created once and serve any number of jobs at a time. A job's caller works on it too, so
+/// that it makes progress even if all threads are busy.
 class K7HOST_API ThreadPool {
 public:
     explicit ThreadPool(unsigned threads);
@@ -21,8 +21,8 @@ public:
     ThreadPool(const ThreadPool&) = delete;
     ThreadPool& operator=(const ThreadPool&) = delete;
 
-    /// Calls task once for each index from 0 to count - 1; returns when all calls have returned, and throws
-    /// what the first of them threw.
+    /// Calls task once for each index from 0 to count - 1; returns when all calls have returned, and rethrows
+    /// the first exception.
     void Run(long count, const std::function<void(long)>& task);
 
 private:

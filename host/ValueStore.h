@@ -12,22 +12,22 @@ namespace host {
 /// constant value and no key.
 inline constexpr double kTimeNow = -1.0;
 
-/// Where the value of an input lives: a curve in memory, or a setting of the program around this host. Any
-/// thread may ask.
+/// Where the value of an input lives: a curve in memory, or a setting of the surrounding program.
+/// Thread-safe.
 class K7HOST_API ValueStore {
 public:
     virtual ~ValueStore() = default;
 
     /// The value at a time, with a reference for the caller.
     virtual Parameter* ValueAt(double time) const = 0;
-    /// Takes a value of the input's type, within the input's limits; at kTimeNow it makes no key.
+    /// Sets a value of the input's type, within the input's limits; at kTimeNow it makes no key.
     virtual void Write(const Parameter& value, double time) = 0;
     /// The input has been shown or hidden, enabled or greyed.
     virtual void Show(bool shown, bool enabled);
 };
 
-/// The value of an input over time: one value, or keys with linear ramps between them that hold at the ends.
-/// A number uses x alone.
+/// The value of an input over time: one value, or keys, linear between them and held at the ends. A number
+/// uses only x.
 struct K7HOST_API Curve {
     struct Value {
         double x = 0.0;

@@ -49,7 +49,7 @@ const ToolRegistration<DFFlareSpot> tool(
     {108, "FlareSpot", "FlS",
      "FlareSpot simulates the bright shapes sometimes seen in lenses when very bright light sources are in "
      "the scene.",
-     kWritesControls}); // back to a lens of its own where a file cannot be read
+     kWritesControls}); // the lens becomes a built-in one if its file cannot be read
 
 } // namespace
 } // namespace k7

@@ -19,7 +19,7 @@ constexpr int kLowNm = 400;
 constexpr int kHighNm = 700;
 constexpr std::size_t kSamples = kHighNm - kLowNm + 1;
 
-/// The value, held between 0 and 1; 0 for one that is not a number.
+/// The value, clamped to 0 to 1; NaN becomes 0.
 template <class Real>
 Real Unit(Real value) {
     return value > 0 ? std::min<Real>(value, 1) : 0;
@@ -29,7 +29,7 @@ bool TooLarge(int side) {
     return static_cast<double>(side) * side > kMostCells;
 }
 
-/// Sizes a kernel and gets memory for its cells. False without it.
+/// Sizes a kernel and allocates its cells. False if allocation fails.
 template <class Real, class Cell>
 bool Resize(Kernel<Cell>& kernel, int radius, const KernelReach& seen) {
     kernel.SetSize(radius, seen);
@@ -39,7 +39,7 @@ bool Resize(Kernel<Cell>& kernel, int radius, const KernelReach& seen) {
     return static_cast<bool>(kernel.Cells);
 }
 
-/// Half the wave number in radians per metre, of a wavelength in nm.
+/// Half the wave number, in radians per metre, of a wavelength in nm.
 template <class Real>
 double HalfWaveNumber(Real wavelength) {
     return kTwoPi / static_cast<Real>(wavelength * 1e-9) * 0.5;
@@ -51,7 +51,7 @@ Real Sine(Real angle) {
     return std::sin(static_cast<Real>(angle / 180.0 * kFlarePi));
 }
 
-/// A row of slits: what does not depend on wavelength and angle.
+/// A grating: what does not depend on wavelength and angle.
 template <class Real>
 class Slits {
 public:
@@ -60,7 +60,7 @@ public:
         , spacing_(static_cast<Real>(spacingMm * 0.001))
         , count_(count) {}
 
-    /// The pattern of one slit, (sin b / b)^2, times that of their number, (sin N g / sin g)^2.
+    /// The pattern of one slit, (sin b / b)^2, times the interference of all, (sin N g / sin g)^2.
     Real Intensity(double halfWaveNumber, double sine) const {
         constexpr double kSmallest = 1e-35;
         const double beta = std::max(width_ * halfWaveNumber * sine, kSmallest);
@@ -95,14 +95,14 @@ void DrawFringe(HaloKernel<Real>& halo, std::int64_t x, std::int64_t y, LineStep
         const std::int64_t cell = (row + halo.Reach.Y) * halo.Columns() + column + halo.Reach.X;
         halo.Cells[static_cast<std::size_t>(cell)].Shade += more;
     };
-    // A side pixel may be seen where its main pixel no longer is, unless that lies beyond the kernel.
+    // A side pixel may be visible where its main pixel no longer is, unless that lies beyond the kernel.
     const int lastX = std::min(halo.Reach.X + 1, halo.Radius);
     const int lastY = std::min(halo.Reach.Y + 1, halo.Radius);
     const Real slope = Real(2) / static_cast<Real>(line.Major);
     for (; line.Step <= line.Major; line.Next()) {
         const std::int64_t column = x + line.X;
         const std::int64_t row = y + line.Y;
-        if (!within(column, lastX) || !within(row, lastY)) return; // it comes back no more
+        if (!within(column, lastX) || !within(row, lastY)) return; // it does not come back
 
         // The fringe fades in over the first half of its length.
         const Real ramp = std::min<Real>(1, static_cast<Real>(line.Step) * slope);
@@ -112,7 +112,7 @@ void DrawFringe(HaloKernel<Real>& halo, std::int64_t x, std::int64_t y, LineStep
     }
 }
 
-/// A point at a distance from the centre of a kernel; where pixels are not square it moves outward, as far as
+/// A point at a distance from the centre of a kernel; if pixels are not square it moves outward, as far as
 /// the kernel's corners.
 template <class Real>
 struct Direction {
@@ -248,7 +248,7 @@ bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach
     const int reach = static_cast<int>(whole);
     if (TooLarge(2 * reach + 1) || !Resize<Real>(glow, reach, seen)) return false;
 
-    // Every pixel of the square draws its number and counts, seen or not.
+    // Every pixel of the square draws a random number and counts in the sum, visible or not.
     Real sum = 0;
     Real* cell = glow.Cells.begin();
     for (int dy = -reach; dy <= reach; ++dy) {
@@ -276,7 +276,7 @@ bool FlareTables<Real>::MakeHalo(CLRK7& clr, const HaloInputs<Real>& inputs, Ran
         if (!(inputs.Aperture > 0) || !(ring <= 1.0f)) return false;
         const Real largest = static_cast<Real>(std::asin(ring) * kDegrees);
 
-        // One entry for each pixel, so for 0.001 degrees.
+        // One entry per pixel, which is 0.001 degrees.
         const int count = 1 + Trunc(largest / static_cast<Real>(0.001));
         if (TooLarge(2 * count + 1)) return false;
         const float farthest =

@@ -11,20 +11,21 @@
 namespace k7 {
 
 // What the light of one bright pixel becomes behind the aperture of a lens: Fraunhofer diffraction at
-// parallel slits, evaluated over the visible spectrum and turned to colour (Born and Wolf, Principles of
+// parallel slits, evaluated over the visible spectrum and converted to colour (Born and Wolf, Principles of
 // Optics, 8.5 and 8.6). Real is the number type of the tables, double or float. Whether a step runs in Real,
 // in float or in double is part of each definition: frames are the same to the word. Functions that make
-// something give false where there is no memory for it.
+// something return false if allocation fails.
 
-/// What the allocator counts the memory of a flare under: Flare computes in double, Flare2 in float.
+/// The source file under which the allocator records the memory of a flare: Flare computes in double, Flare2
+/// in float.
 template <class Real>
 inline constexpr const char* kFlareSource = std::is_same_v<Real, double> ? "Flare" : "Flare2";
 
 /// The flares' own value of pi; frames depend on its last digit.
 inline constexpr double kFlarePi = 3.1415926;
 
-/// Gains on the red, green and blue word of a light. Shade is used while a halo gets its fringes, and fills
-/// up the entry to four numbers.
+/// Gains on the red, green and blue word of a light. Shade is used while fringes are added to a halo, and
+/// pads the entry to four numbers.
 template <class Real>
 struct DiffractionEntry {
     Real R, G, B, Shade;
@@ -37,7 +38,7 @@ struct DiffractionTable {
     Buffer<DiffractionEntry<Real>> Entries; ///< the first ones, as many as were asked for
 };
 
-/// How far from its light a picture can see a kernel, in pixels: no farther than from edge to edge.
+/// How far from its light a kernel can be visible in a picture, in pixels: no farther than from edge to edge.
 struct KernelReach {
     int X = std::numeric_limits<int>::max();
     int Y = std::numeric_limits<int>::max();
@@ -45,8 +46,8 @@ struct KernelReach {
     bool operator==(const KernelReach&) const = default;
 };
 
-/// What a light throws round itself: a square of 2 Radius + 1 pixels a side, of which the 2 Reach + 1 columns
-/// and rows round the centre are kept, row after row.
+/// What a light casts around itself: a square of 2 Radius + 1 pixels a side, of which the 2 Reach + 1 columns
+/// and rows around the centre are kept, row by row.
 template <class Cell>
 struct Kernel {
     int Side() const { return 2 * Radius + 1; }
@@ -70,11 +71,11 @@ using HaloKernel = Kernel<DiffractionEntry<Real>>;
 template <class Real>
 using GlowKernel = Kernel<Real>;
 
-/// The most cells that a kernel may have (an 11585 pixel square, more than an 8K frame asks for at the
-/// ends of the sliders); a larger one counts as one for which there is no memory.
+/// The most cells that a kernel may have (an 11585 pixel square, more than an 8K frame asks for at the ends
+/// of the sliders); a larger one is treated as a failed allocation.
 inline constexpr double kMostCells = 134217728.0;
 
-/// Fringes beyond this number are left out: long before, a halo is black.
+/// Fringes beyond this number are ignored: a halo is black long before.
 inline constexpr int kMostFringes = 100000;
 
 /// Distance from (0, 0), in pixels of a picture with pixel shape `aspect`, where neither axis shrinks.
@@ -95,23 +96,22 @@ struct Grating {
     Real Gain;         ///< of the axis entry's largest channel
 };
 
-/// Colours at `count` angles from 0 to the largest, of which the first `entries` are worked out.
+/// Colours at `count` angles from 0 to the largest, of which the first `entries` are computed.
 template <class Real>
 bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, int entries,
                            DiffractionTable<Real>& table);
 
-/// Turns the table round its axis, an entry for each pixel of radius; round also where pixels are not square.
+/// Rotates the table around its axis, one entry per pixel of radius; round even if pixels are not square.
 template <class Real>
 bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const KernelReach& seen,
                      HaloKernel<Real>& square);
 
-/// Darkens a halo by `count` spokes from within to the rim; `strength` from 0 to 1 is the most one takes
-/// away.
+/// Darkens a halo by `count` spokes from the inside to the rim; each takes away at most `strength`, 0 to 1.
 template <class Real>
 void AddFringes(HaloKernel<Real>& halo, int count, Real strength, float aspect, Ran1& random);
 
-/// Pulls the first entries towards white, by mono x gain (at most 1) at the axis and linearly less from
-/// there.
+/// Pulls the first entries towards white, by mono x gain (at most 1) at the axis and linearly less from there
+/// on.
 template <class Real>
 void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain);
 
@@ -120,7 +120,7 @@ template <class Real>
 bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach& seen, Ran1& random,
                      GlowKernel<Real>& glow);
 
-// The three tables of a flare, each with all that it is made from beside the generator.
+// The three tables of a flare, each with everything that it is made from except the random number generator.
 
 template <class Real>
 struct HaloInputs {
@@ -154,12 +154,12 @@ struct GlowInputs {
     bool operator==(const GlowInputs&) const = default;
 };
 
-/// A table that is kept while its inputs are the same. The generator counts among them, and is left where the
-/// making of the table would leave it.
+/// A table that is kept while its inputs are the same. The state of the generator is one of them, and is left
+/// as if the table had been made again.
 template <class Inputs, class Table>
 class KeptTable {
 public:
-    /// `build` fills a table and gives false if it cannot.
+    /// `build` fills a table, and returns false if it cannot.
     template <class Build>
     bool Make(const Inputs& inputs, Ran1& random, Build build) {
         if (valid_ && inputs == inputs_ && random == before_) {
@@ -183,7 +183,7 @@ private:
     Ran1 after_;
 };
 
-/// The tables of a frame. A call that gives false has no table: there is no memory, or the aperture has no
+/// The tables of a frame. A call that returns false has no table: allocation failed, or the aperture has no
 /// first dark ring.
 template <class Real>
 class FlareTables {

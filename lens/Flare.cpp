@@ -92,7 +92,7 @@ void Flare::TakeValues() {
     LightBox = LightRectangle();
 }
 
-/// The pixels that may be lights: with the levels wide open all of them, otherwise those of the rectangle.
+/// The pixels that may be lights: all if the levels are wide open, otherwise those in the rectangle.
 PixelBox Flare::LightRectangle() const {
     PixelBox box{0, 0, Width, Height};
     if (WideOpen()) return box;
@@ -104,7 +104,7 @@ PixelBox Flare::LightRectangle() const {
     return box;
 }
 
-/// True where every level is a light's. The last few steps at either end do not count.
+/// True if every level is that of a light. The last few steps at either end do not count.
 bool Flare::WideOpen() const {
     return LowLevel <= 1 && std::max(LowLevel, HighLevel) >= 32765;
 }
@@ -112,7 +112,7 @@ bool Flare::WideOpen() const {
 template <class Sample>
 void Flare::SelectRows(const PictureK7<Sample>& lights, const PictureK7<Sample>& map, int first,
                        int last) const {
-    // A light's mean lies in the step of a level; among floats the highest has no upper end.
+    // A light's mean falls into the step of a level; in floats the highest step has no upper end.
     const int high = std::max(LowLevel, HighLevel);
     const auto low = static_cast<float>(LowLevel);
     const float end =
@@ -127,7 +127,7 @@ void Flare::SelectRows(const PictureK7<Sample>& lights, const PictureK7<Sample>&
         to += left;
         for (int x = LightBox.Left; x < LightBox.Right;
              ++x, from += K7Image::Channels, to += K7Image::Channels) {
-            const auto level = (from[0] + from[1] + from[2]) / 3; // of words without its fraction
+            const auto level = (from[0] + from[1] + from[2]) / 3; // truncated for words
             const auto mean = static_cast<float>(level);
             if (!all && !(mean >= low && mean < end)) continue;
             for (int c = 0; c < 3; ++c) to[c] = std::max(from[c], Sample{0});

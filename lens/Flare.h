@@ -8,7 +8,7 @@
 namespace k7 {
 
 struct FlareInfo {
-    ImageInputK7 LightInput; ///< where lights are looked for; of the background's size
+    ImageInputK7 LightInput; ///< where lights are searched for; of the background's size
     ImageInputK7 Background;
     ImageOutputK7 Output;
     CrosshairOverlayK7 CentreCross;
@@ -16,7 +16,7 @@ struct FlareInfo {
     FloatControlK7 Aperture; ///< mm, on a frame 720 wide
     IntegerControlK7 HaloFringes;
     FloatControlK7 HaloStrength;
-    FloatControlK7 HaloFrnStr; ///< per cent, as all below without another unit
+    FloatControlK7 HaloFrnStr; ///< percent, as are all below without another unit
     FloatControlK7 Contrast;
     IntegerControlK7 Reflections;
     FloatControlK7 Reflectivity;
@@ -29,8 +29,8 @@ struct FlareInfo {
     FloatControlK7 GlowRadius; ///< pixels of a frame 720 wide
     FloatControlK7 GlowStrength;
     CheckboxControlK7 LightMapOnly;
-    CheckboxControlK7 MatchScales; ///< ScaleX serves for both axes
-    PositionControlK7 Centre;      ///< of the rectangle in which lights are looked for
+    CheckboxControlK7 MatchScales; ///< ScaleX is used for both axes
+    PositionControlK7 Centre;      ///< of the rectangle in which lights are searched for
     SizeControlK7 ScaleX;          ///< its sides, as fractions of the frame's
     SizeControlK7 ScaleY;
     FloatControlK7 LowLight; ///< mean levels between which a pixel is a light
@@ -39,7 +39,7 @@ struct FlareInfo {
     ColourControlK7 High;
 };
 
-/// Lens flare of the bright pixels of a picture: each throws a halo, streaks and a glow whose colours are
+/// Lens flare of the bright pixels of a picture: each casts a halo, streaks and a glow whose colours are
 /// those of light diffracted at an aperture.
 class Flare : public PluginK7, public FlareInfo, public OverlayK7, public FlareWork<double> {
 public:
@@ -50,7 +50,7 @@ public:
     void Draw() override;
     void Event(int event, float x, float y) override;
 
-    // What a change of a control asks for, at a time where it writes values.
+    // Reactions to a change of a control; values are written at `time`.
 
     void ReflectionsChanged();
     void MatchScalesChanged();

@@ -11,7 +11,7 @@ namespace k7 {
 
 namespace {
 
-// The styles, a row for each entry of a list.
+// The styles: one row for each entry of a list.
 
 struct HaloStyle {
     double aperture;
@@ -36,11 +36,11 @@ constexpr GlowStyle kGlowStyles[] = {{10.0, 10.0}, {50.0, 28.0}, {100.0, 200.0}}
 
 struct ReflectionStyle {
     int reflections;
-    std::optional<double> reflectivity, scale; ///< nothing: stays as it is
+    std::optional<double> reflectivity, scale; ///< empty: unchanged
 };
 constexpr ReflectionStyle kReflectionStyles[] = {{0, {}, {}}, {5, 50.0, 1.0}, {10, 100.0, 2.5}};
 
-/// The row of the entry that a list shows; null for one that it does not have.
+/// The row of a list's current entry; null if there is no such entry.
 template <class Style, std::size_t count>
 const Style* Chosen(ListControlK7& list, const Style (&styles)[count], double time) {
     int entry;
@@ -48,7 +48,7 @@ const Style* Chosen(ListControlK7& list, const Style (&styles)[count], double ti
     return entry >= 1 && entry <= static_cast<int>(count) ? &styles[entry - 1] : nullptr;
 }
 
-/// The pixels less than `half` away from a centre, as far as they lie in the frame.
+/// The pixels less than `half` away from a centre, within the frame.
 void SetSide(int centre, int half, int size, int& begin, int& end) {
     const std::int64_t low = static_cast<std::int64_t>(centre) - half + 1;
     const std::int64_t high = static_cast<std::int64_t>(centre) + half;

@@ -13,14 +13,14 @@ struct Flare2Info {
     ImageOutputK7 Output;
     CrosshairOverlayK7 SourceCross;
     CrosshairOverlayK7 ReflectCross;
-    ListControlK7 Halo;      ///< styles write the controls of their group and have no part in a frame
+    ListControlK7 Halo;      ///< styles write the controls of their group and are not used by frames
     FloatControlK7 Aperture; ///< mm, on a frame 720 wide
     FloatControlK7 HaloStr;
     IntegerControlK7 HaloFringes;
-    FloatControlK7 HaloFrnStr; ///< per cent
+    FloatControlK7 HaloFrnStr; ///< percent
     ListControlK7 Streak;
     IntegerControlK7 Streaks;
-    FloatControlK7 MonoStreak;     ///< per cent
+    FloatControlK7 MonoStreak;     ///< percent
     IntegerControlK7 StreakLength; ///< pixels of a frame 720 wide
     AngleControlK7 StreakRot;      ///< degrees
     FloatControlK7 StreakStr;
@@ -29,14 +29,14 @@ struct Flare2Info {
     FloatControlK7 GlowStrength;
     ListControlK7 Reflection;
     IntegerControlK7 Reflections;
-    FloatControlK7 Reflectivity; ///< per cent
+    FloatControlK7 Reflectivity; ///< percent
     FloatControlK7 ReflScale;
     ListControlK7 ColourFrom; ///< 1: LightColour, 2: the light input
     ColourControlK7 LightColour;
     PositionControlK7 Source;
     IntegerControlK7 Boost;    ///< size of the light
-    FloatControlK7 Contrast;   ///< per cent
-    PositionControlK7 Reflect; ///< through which ghosts are thrown
+    FloatControlK7 Contrast;   ///< percent
+    PositionControlK7 Reflect; ///< the point through which ghosts are cast
 };
 
 /// Lens flare of one small light that the user places.
@@ -48,7 +48,7 @@ public:
     void Draw() override;
     void Event(int event, float x, float y) override;
 
-    // What a change of a control asks for, at a time where it writes values.
+    // Reactions to a change of a control; values are written at `time`.
     void HaloChanged(double time);
     void StreakChanged(double time);
     void GlowChanged(double time);

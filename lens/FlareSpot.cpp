@@ -19,8 +19,8 @@ namespace {
 
 constexpr int kUserLens = kBuiltInLenses + 1;
 
-// A ghost that reaches farther than so many samples from the frame's corner is not drawn: its clipped outline
-// would be nothing but rounding.
+// A ghost that reaches farther than this many samples from the frame's corner is not drawn: its clipped
+// outline would be nothing but rounding errors.
 constexpr float kFarthest = 1e9f;
 
 u16 HueOf(const ColourControlK7& colour) {
@@ -29,7 +29,7 @@ u16 HueOf(const ColourControlK7& colour) {
     return hue;
 }
 
-/// What a control gives in units of the frame.
+/// A control's value in units of the frame.
 float Scaled(const FloatControlK7& control, double unit) {
     return static_cast<float>(control.Value / unit);
 }
@@ -37,7 +37,7 @@ float LensSpace(double fraction) {
     return static_cast<float>(fraction * 2.0 - 1.0);
 }
 
-/// Whether all of a ghost, in samples, is finite and near enough to be clipped with sense.
+/// Whether all of a ghost, in samples, is finite and near enough to be clipped meaningfully.
 bool IsDrawable(const GhostPolygon& ghost) {
     const auto near = [](float x, float y) { return std::abs(x) <= kFarthest && std::abs(y) <= kFarthest; };
     return near(ghost.CentreX, ghost.CentreY) &&
@@ -59,7 +59,7 @@ void FlareSpot::Shine(const PictureK7<Sample>& in, const PictureK7<Sample>& out)
     ReadControls(in.Width, in.Height, out.AspectX, out.AspectY);
     const std::size_t cells = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
     ImageBuffer<int> sums(3 * cells, "FlareSpot", __LINE__);
-    if (!sums) return; // the background stands in the output
+    if (!sums) return; // the output already holds the background
     Sums.Red = sums.data();
     Sums.Green = Sums.Red + cells;
     Sums.Blue = Sums.Green + cells;

@@ -37,9 +37,9 @@ struct FlareSpotInfo {
     ColourControlK7 ColourEndControl;
 };
 
-/// Draws the chain of ghosts that a light throws through a lens: a bundle of parallel rays from Start to End
-/// leaves its footprint on each surface of the lens. Rays run straight; the curvature and the place of a
-/// surface alone shift and bend its ghost.
+/// Draws the chain of ghosts that a light casts through a lens: a bundle of parallel rays from Start to End
+/// leaves its footprint on each surface of the lens. Rays run straight; only the curvature and the position
+/// of a surface shift and bend its ghost.
 class FlareSpot : public PluginK7, public FlareSpotInfo, public OverlayK7 {
 public:
     FlareSpot();
@@ -49,7 +49,7 @@ public:
     void Draw() override;
     void Event(int event, float x, float y) override;
 
-    /// Where plain names of lens files are looked up; ends in a separator.
+    /// The folder in which plain names of lens files are looked up; ends in a separator.
     std::string LensDirectory;
 
 private:
@@ -65,7 +65,7 @@ private:
     void ColourGhost(GhostPolygon* ghost, int surface, int lastSurface) const;
     void DrawFan(const GhostPolygon& ghost, int firstRow, int endRow) const;
 
-    // The frame in work.
+    // The frame in progress.
     const LensTable* Lens = nullptr;
     int Width = 0;
     int Height = 0;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kContrastEntries = 160000;
 
-/// The numbers in which the flares differ beyond their width; frames depend on the last digits.
+/// Constants in which the flares differ beyond their number type; frames depend on the last digits.
 template <class Real>
 struct Digits;
 template <>
@@ -30,8 +30,8 @@ struct Digits<float> {
     static constexpr float kContrastStep = 6.250039e-6f;
 };
 
-/// How a light's level on the planes becomes what is added to the background: of words by the table, of
-/// floats by the curve that the table is made from, which has no end.
+/// How a light's level on the planes becomes what is added to the background: for words by the table, for
+/// floats by the curve that the table is made from, which has no upper end.
 template <class Sample, class Real>
 class ContrastCurve;
 
@@ -86,13 +86,13 @@ float Lit(float sample, float flare) {
     return sample + flare;
 }
 
-/// The level from which the curve gives the same whatever is added.
+/// The level from which on the curve stays the same, whatever is added.
 template <class Real, class Sample>
 constexpr Real kWhite = SampleTraits<Sample>::kWords ? Real(kContrastEntries)
                                                      : std::numeric_limits<Real>::infinity();
 
-/// A ghost dimmer than this has nothing to show: truncation leaves nothing of words, and of floats it is far
-/// below what any format keeps of a picture.
+/// A ghost dimmer than this is invisible: in words truncation removes it, and in floats it is far below what
+/// any file format keeps.
 template <class Real, class Sample>
 constexpr Real kDimmest = SampleTraits<Sample>::kWords ? Real(0.5) : Real(1.0 / 256);
 
@@ -192,7 +192,7 @@ void FlareWork<Real>::AddGhosts(const PictureK7<Sample>& map, const Light& light
     const Real brightest = std::max({light.R, light.G, light.B});
     for (int i = 1; i <= WorkGhosts; ++i) {
         const Real gain = brightness / static_cast<Real>(i + 1);
-        if (brightest * gain < kDimmest<Real, Sample>) return; // and so is every one from here on
+        if (brightest * gain < kDimmest<Real, Sample>) return; // and so are all that follow
         const Real s =
             -static_cast<Real>(static_cast<float>(i) / static_cast<float>(WorkGhosts)) * WorkReflScale;
         const int x = Trunc(s * fx * static_cast<Real>(Width) + static_cast<Real>(centreX));
@@ -218,7 +218,7 @@ template <class Real>
 template <class Sample>
 void FlareWork<Real>::ThrowLights(PluginK7& core, const PictureK7<Sample>& background,
                                   const PictureK7<Sample>& output) {
-    // Where no light comes the frame is the background already, unless the curve lifts darkness itself.
+    // Where no light falls the frame is the background already, unless the curve lifts darkness itself.
     const bool whole = contrastTable_[0] != 0;
     if (!accumulation_.Prepare(lights_, tables_, Setup(), streakRandom_, whole, kWhite<Real, Sample>)) return;
     const int rows = accumulation_.Box().Height();

@@ -14,20 +14,20 @@ namespace k7 {
 class PluginK7;
 
 /// What the two flares share: working values of a frame, the tables, ghosts of lights, contrast and
-/// combination. Real is the number type that a flare works in. The Work values are taken from the controls
-/// for each frame.
+/// combination. Real is the number type that a flare computes in. The Work values are computed from the
+/// controls for each frame.
 template <class Real>
 class FlareWork : public CLRK7 {
 protected:
-    /// Starts a frame: reseeds the generator and takes the measures of the output.
+    /// Starts a frame: reseeds the generator and takes the size of the output.
     template <class Sample>
     void Start(const PictureK7<Sample>& output);
 
-    /// Makes contrast curve and tables, and once the streaks' random numbers. False: the frame stays as it
-    /// is.
+    /// Makes the contrast curve, the tables and, once only, the streaks' random numbers. False: the frame
+    /// stays as it is.
     [[nodiscard]] bool MakeTables();
 
-    /// A light map, with undefined contents; null where allocation fails. It is no picture: words of it may
+    /// A light map, with undefined contents; null where allocation fails. It is not a picture: its words may
     /// lie above full scale, and nothing in it is negative.
     template <class Sample>
     struct LightMap {
@@ -38,16 +38,16 @@ protected:
     [[nodiscard]] LightMap<Sample> MakeLightMap() const;
 
     /// Collects the lights of a map and adds the ghosts of each to both: the nth lies n steps along the line
-    /// through the centre, with reflectivity / (n + 1) of the light. False without memory.
+    /// through the centre, with reflectivity / (n + 1) of the light. False if allocation fails.
     template <class Sample>
     [[nodiscard]] bool CollectLights(const PictureK7<Sample>& map, int centreX, int centreY);
 
     /// Sums the collected lights and adds them to the background; `output` holds the background beforehand,
-    /// and keeps it without memory.
+    /// and keeps it if allocation fails.
     template <class Sample>
     void ThrowLights(PluginK7& core, const PictureK7<Sample>& background, const PictureK7<Sample>& output);
 
-    /// Gives back what lives for one frame only.
+    /// Frees what lives for one frame only.
     void Finish();
 
     Real WorkAperture = 0;     ///< mm; less for a wider frame, in which a pixel is a smaller angle

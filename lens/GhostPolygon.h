@@ -37,12 +37,12 @@ struct GhostPolygon : GhostLight {
 /// Lowest x, highest x, lowest y, highest y.
 using GhostRect = float[4];
 
-/// False, with no vertex left, if the polygon lies wholly beyond one side of the rectangle.
+/// False, with no vertices left, if the polygon lies entirely beyond one side of the rectangle.
 bool RejectPolygon(GhostPolygon* polygon, const GhostRect& rect);
 
 /// Clips the polygon to the rectangle (Sutherland and Hodgman, Reentrant Polygon Clipping, 1974). False, with
-/// no vertex left, if nothing remains. Vertices that an outline crossing itself would have beyond kRoom are
-/// dropped.
+/// no vertices left, if nothing remains. Vertices beyond kRoom, which only an outline that crosses itself can
+/// have, are dropped.
 bool ClipPolygon(GhostPolygon* polygon, const GhostRect& rect);
 
 } // namespace k7

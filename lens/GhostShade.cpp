@@ -11,7 +11,7 @@ namespace k7 {
 
 namespace {
 
-constexpr int kDrawings = 3;           // every triangle counts as often
+constexpr int kDrawings = 3;           // every triangle is counted this many times
 constexpr float kFullSample = 65536.f; // a sample this bright makes its cell white on its own
 constexpr int kFullCell = 0x40000000;  // sums stay below this and do not overflow
 constexpr int kRun = 256;              // samples shaded in one go, an even number
@@ -21,7 +21,7 @@ constexpr float kRimTop = 10.0f;
 constexpr float kRimReach = 20.0f;
 constexpr float kShortSegment = 1e-5f; // a squared length below this makes a point
 
-/// A side of the outline, as distances to it want it.
+/// A side of the outline, prepared for measuring distances to it.
 struct Segment {
     Segment(const GhostPoint& from, const GhostPoint& to)
         : x(from.X)
@@ -104,18 +104,18 @@ Range RimOf(const Row& row, const GhostCanvas& canvas) {
     return rim;
 }
 
-/// Light of samples next to one another.
+/// The light of neighbouring samples.
 struct Run {
     int red[kRun];
     int green[kRun];
     int blue[kRun];
 };
 
-/// Shades `count` samples from x on, to run[at] and on. There is no branch for a division by 0: a selection
-/// behind it leaves the result out.
+/// Shades `count` samples from x on, to run[at] and on. A division by 0 has no branch of its own: a selection
+/// after it drops the result.
 template <bool rim>
 [[gnu::always_inline]] inline void ShadeSamples(const Row& samples, int x, int count, int at, Run* run) {
-    const Row row = samples; // which no write to the run can change
+    const Row row = samples; // a copy, which no write to the run can change
     const GhostLight& light = row.light;
     const float red = static_cast<float>(light.Red);
     const float green = static_cast<float>(light.Green);
@@ -134,7 +134,7 @@ template <bool rim>
         const float stepped = beyond > 0.0f ? 1.0f : 0.0f;
         float f = step ? stepped : beyond / row.range;
 
-        // How far it lies on the side that whitens. The centre itself is white and has no rim.
+        // How far it lies on the side that whitens. The centre itself is white, without a rim.
         const float along = px / r * light.DirX + row.py / r * light.DirY;
         const float u = along > 0.0f ? along : 0.0f;
         const float doubled = 2.0f * u * u;
@@ -205,7 +205,7 @@ void ShadeSpan(const GhostCanvas& canvas, const GhostTriangle& triangle, int y, 
         const int runLast = std::min(last, start + kRun - 1);
         ShadeRun(row, rim, start, runFirst, runLast, &run);
 
-        // The other halves of the first and the last cell are not of this span.
+        // The other halves of the first and the last cell do not belong to this span.
         const int count = (runLast - start) / 2 + 1;
         for (int* samples : {run.red, run.green, run.blue}) {
             if (runFirst > start) samples[0] = 0;

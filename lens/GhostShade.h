@@ -4,8 +4,8 @@
 
 namespace k7 {
 
-/// Where the ghosts of a chunk are summed: a plane for each colour with a cell for each pixel, on the scale
-/// of words times 4, and the samples that may be drawn.
+/// Where the ghosts of a chunk are summed: one plane per colour with one cell per pixel, on the scale of
+/// words times 4, and the samples that may be drawn.
 struct GhostCanvas {
     int* Red = nullptr;
     int* Green = nullptr;
@@ -28,7 +28,7 @@ struct GhostTriangle {
     GhostPoint Next;
 };
 
-/// Adds the light of the samples of row y between xa and xb, three times over. The row is on the canvas.
+/// Adds the light of the samples of row y between xa and xb, three times. The row is on the canvas.
 void ShadeSpan(const GhostCanvas& canvas, const GhostTriangle& triangle, int y, float xa, float xb);
 
 } // namespace k7

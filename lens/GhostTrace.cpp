@@ -8,14 +8,14 @@ namespace {
 
 constexpr float kLevel = 1e-5f; // a ray with less rise than this runs along a flat surface
 
-/// The nearest root of t² + b t + e that is not negative, in the form that does not cancel (Numerical
+/// The nearest root of t² + b t + e that is not negative, in the form without cancellation (Numerical
 /// Recipes, 5.6). False if there is none.
 bool FirstRoot(float b, float e, float* t) {
     const float discriminant = b * b - 4.0f * e;
     if (!(discriminant >= 0.0f)) return false;
     const float root = std::sqrt(discriminant);
     const float q = -(b >= 0.0f ? b + root : b - root) / 2.0f;
-    const float other = e / q; // no number when both roots are 0
+    const float other = e / q; // NaN if both roots are 0
     if (!(q >= 0.0f) && !(other >= 0.0f)) return false;
     *t = other >= 0.0f && !(q >= 0.0f && q <= other) ? other : q;
     return true;

@@ -7,7 +7,7 @@ namespace k7 {
 namespace {
 
 constexpr int kScale = 16383;
-constexpr int kSextant = 16384; // the hue's sextants are a word wider than the scale that fills them
+constexpr int kSextant = 16384; // the hue's sextants are one word wider than the scale that fills them
 
 } // namespace
 

@@ -9,7 +9,8 @@ namespace k7 {
 
 void RgbToHsv(const u16 rgb[3], u16* h, u16* s, u16* v);
 
-/// `h` lies below 32768. Outputs come to 32766, but to a few words above `v` at the hues 27306 and 27307.
+/// `h` is below 32768. Outputs are at most 32766, except that the hues 27306 and 27307 reach a few words
+/// above `v`.
 void HsvToRgb(u16 rgb[3], u16 h, u16 s, u16 v);
 
 } // namespace k7

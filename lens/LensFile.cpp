@@ -14,8 +14,8 @@ namespace k7 {
 
 namespace {
 
-constexpr std::size_t kPathRoom = 512;   // with the closing zero
-constexpr std::size_t kTextRoom = 65536; // some hundred times what 151 numbers take
+constexpr std::size_t kPathRoom = 512;   // with the terminating zero
+constexpr std::size_t kTextRoom = 65536; // about a hundred times what 151 numbers take
 
 bool IsSpace(char c) {
     return std::string_view(" \t\n\v\f\r").find(c) != std::string_view::npos;
@@ -26,7 +26,7 @@ class NumberReader {
 public:
     explicit NumberReader(std::string_view text) : at_(text.data()), end_(at_ + text.size()) {}
 
-    /// As "%d", but a number too large for an int gives the nearest int.
+    /// As "%d", but a number too large for an int becomes the nearest int.
     bool Read(int* value) {
         const bool negative = SkipToDigits();
         const auto [rest, error] = std::from_chars(at_, end_, *value);
@@ -37,7 +37,8 @@ public:
         return true;
     }
 
-    /// As "%f", but without hexadecimal numbers. A number too small for a float gives 0, one too large fails.
+    /// As "%f", but without hexadecimal numbers. A number too small for a float becomes 0, one too large
+    /// fails.
     bool Read(float* value) {
         SkipToDigits();
         const auto [rest, error] = std::from_chars(at_, end_, *value);
@@ -51,7 +52,7 @@ public:
     }
 
 private:
-    /// Goes past white space and a plus sign, which from_chars does not take. True before a minus.
+    /// Skips white space and a plus sign, which from_chars does not accept. True before a minus sign.
     bool SkipToDigits() {
         at_ = std::find_if_not(at_, end_, IsSpace);
         if (at_ != end_ && *at_ == '+' && at_ + 1 != end_ && at_[1] != '-') ++at_;
@@ -86,7 +87,7 @@ LensFileResult ReadLensFile(const std::string& path, LensTable* lens) {
     if (!text) return LensFileResult::ReadFailed;
     file.read(text.data(), static_cast<std::streamsize>(text.size()));
     auto length = static_cast<std::size_t>(file.gcount());
-    if (length == text.size()) // the last number may be cut
+    if (length == text.size()) // the last number may be truncated
         while (length > 0 && !IsSpace(text[length - 1])) --length;
     return ParseLens({text.data(), length}, lens) ? LensFileResult::Read : LensFileResult::ReadFailed;
 }

@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t kBandBytes = std::size_t{1} << 20;
 constexpr std::size_t kLeastBandRows = 8;
 
-/// Adds a light to the part of a kernel round it that falls on the frame's columns and a worker's rows. Its
-/// gains are one for each channel or one for all.
+/// Adds a light through the part of its kernel that falls on the frame's columns and a worker's rows. Cells
+/// have one gain for each channel or one for all.
 template <class Real, class Gain>
 K7_ALWAYS_INLINE void AddRows(const Light& light, const Kernel<Gain>& kernel, const LightPlanes<Real>& planes,
                               int width, int first, int last) {
@@ -40,7 +40,7 @@ K7_ALWAYS_INLINE void AddRows(const Light& light, const Kernel<Gain>& kernel, co
     }
 }
 
-// Cells of doubles fill a wide vector register, those of floats have no use for one.
+// Cells of doubles fill a wide vector register; cells of floats gain nothing from one.
 
 template <class Gain>
 void AddKernel(const Light& light, const Kernel<Gain>& kernel, const LightPlanes<float>& planes, int width,
@@ -100,8 +100,8 @@ PixelBox LightAccumulation<Real>::Reach() const {
 
 template <class Real>
 void LightAccumulation<Real>::AccumulateLights(int first, int last) {
-    // Lights touch cells in no order that a cache could foresee, so that all of them go to a band of rows
-    // that the cache holds before the next band has its turn.
+    // Lights touch cells in an order that no cache can predict. So all lights are added to a band of rows
+    // that fits into the cache before the next band is begun.
     const std::size_t rowBytes = static_cast<std::size_t>(std::max(box_.Width(), 1)) * sizeof(LightSum<Real>);
     const int band = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, kLeastBandRows));
     for (int y = first; y <= last && !AbortRequested(); y += band)
@@ -113,8 +113,8 @@ void LightAccumulation<Real>::AccumulateBand(int first, int last) {
     const LightPlanes<Real> planes = Planes();
     std::fill(&planes.At(box_.Left, first), &planes.At(box_.Left, last) + box_.Width(), LightSum<Real>{});
 
-    // Sums only grow. Rows in which all cells are white are done with; on a bright map that is most of the
-    // work.
+    // Sums only grow, so a row in which all cells are white is finished; on a bright map that saves most of
+    // the work.
     const LightSum<Real>* unsaturated = &planes.At(box_.Left, first);
     const LightSum<Real>* const end = &planes.At(box_.Left, last) + box_.Width();
     const auto isWhite = [white = white_](const LightSum<Real>& cell) {

@@ -9,20 +9,20 @@
 
 namespace k7 {
 
-/// Scatters lights into planes. Workers share it by rows of the planes: each goes through all lights and
-/// writes to its rows alone. A cell gets its sum in the order of the lights, and from each light halo,
-/// streaks, glow, whoever works on it.
+/// Scatters lights into planes. Workers divide the rows of the planes: each goes through all lights and
+/// writes only to its own rows. A cell is summed in the order of the lights, and of each light in the order
+/// halo, streaks, glow, whichever worker it belongs to.
 template <class Real>
 class LightAccumulation {
 public:
-    /// Readies a frame. The lights and tables stay with the caller until it is done. The planes cover what
-    /// the lights reach, or with `whole` the frame. A cell whose channels have all come to `white` need not
-    /// grow further. False without memory.
+    /// Prepares a frame. The lights and tables belong to the caller and must live until it is done. The
+    /// planes cover what the lights reach, or with `whole` the frame. A cell whose channels have all reached
+    /// `white` need not grow further. False if allocation fails.
     [[nodiscard]] bool Prepare(const LightList& lights, const FlareTables<Real>& tables,
                                const StreakSetup<Real>& streaks, const StreakPairs<Real>& pairs, bool whole,
                                Real white = std::numeric_limits<Real>::infinity());
 
-    /// Gives back what Prepare has made.
+    /// Frees what Prepare has made.
     void Free();
 
     /// The part of the frame that the planes cover.

@@ -25,7 +25,7 @@ template <class Sample>
 bool LightList::Collect(const PictureK7<Sample>& lightMap, const PixelBox& box, const char* source) {
     std::size_t count = 0;
     ForLights(lightMap, box, [&](const Light&) { ++count; });
-    if (AbortRequested()) return false; // before memory is filled that nobody will use
+    if (AbortRequested()) return false; // before memory is filled for nothing
     lights_ = Buffer<Light>(count, source, __LINE__);
     if (lights_.size() != count) return false;
     Light* next = lights_.begin();

@@ -22,8 +22,8 @@ struct PixelBox {
 /// The lights of a light map in scan order: rows from the bottom, each from the left.
 class LightList {
 public:
-    /// Takes the lights within `box`, which lies inside the map; `source` is what their memory is counted
-    /// under. False without memory.
+    /// Takes the lights within `box`, which lies inside the map; the allocator records their memory under
+    /// `source`. False if allocation fails.
     template <class Sample>
     [[nodiscard]] bool Collect(const PictureK7<Sample>& lightMap, const PixelBox& box, const char* source);
 
@@ -31,15 +31,15 @@ public:
     const Light* end() const { return lights_.end(); }
     std::size_t size() const { return lights_.size(); }
 
-    /// The smallest box round the lights; without lights 0 by 0.
+    /// The smallest box around the lights; 0 by 0 without lights.
     PixelBox Bounds() const;
 
 private:
     Buffer<Light> lights_;
 };
 
-/// A cell of the planes into which lights are summed. Red, green and blue lie side by side, for a streak
-/// touches cells all over the planes and each touch costs; the fourth number fills up the vector.
+/// A cell of the planes into which lights are summed. Red, green and blue are adjacent because a streak
+/// touches cells all over the planes, each of them a cache miss; the fourth number pads the vector.
 template <class Real>
 struct LightSum {
     Real R, G, B, Unused;
@@ -62,8 +62,8 @@ struct Lanes {
     }
 };
 
-/// The planes over the part of the frame that light can reach, row after row. A full-scale word under a gain
-/// of 1 adds 32767.
+/// The planes over the part of the frame that light can reach, row by row. A full-scale word with a gain of 1
+/// adds 32767.
 template <class Real>
 struct LightPlanes {
     LightSum<Real>& At(int x, int y) const {

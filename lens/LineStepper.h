@@ -12,7 +12,7 @@ namespace k7 {
 template <class Real>
 class LineStepper {
 public:
-    /// A line of no length has no coverage: its steps must not be used.
+    /// A line of zero length has no coverage: its steps must not be used.
     LineStepper(std::int64_t dx, std::int64_t dy)
         : StepX(dx < 0 ? -1 : 1)
         , StepY(dy < 0 ? -1 : 1)

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMostKeptBytes = std::size_t{256} << 20;
 
-/// The step from which a streak of `major` steps fades out: over its last 15 per cent.
+/// The step from which a streak of `major` steps fades out: over its last 15 percent.
 std::int64_t FadeStart(std::int64_t major) {
     const double steps = static_cast<double>(major);
     const auto start = static_cast<std::int64_t>(steps - steps * 0.15);
@@ -84,9 +84,9 @@ int StreakSet<Real>::ReachY() const {
     return Trunc(most + Real(3));
 }
 
-/// Keeps the steps of each arm for the end that most lights share. An end depends on the light only by the
-/// truncation: lights whose end lies beyond the left or bottom edge have it a pixel nearer. Where memory does
-/// not allow it, nothing is kept.
+/// Stores the steps of each arm for the end that most lights share. An end depends on the light only by
+/// truncation: if it lies beyond the left or bottom edge it is one pixel nearer. If allocation fails, nothing
+/// is stored.
 template <class Real>
 void StreakSet<Real>::KeepSteps(const PixelBox& lights) {
     const Window reachable = {1 - lights.Right, setup_.Width - 1 - lights.Left, -lights.Top,
@@ -131,7 +131,7 @@ typename StreakSet<Real>::Step StreakSet<Real>::StepAt(const Arm& arm, const Lin
     return {x, y, x + line.SideX(coverage), y + line.SideY(coverage), std::abs(coverage), colour};
 }
 
-/// Calls visit(step) for the steps within the window, from the light outward.
+/// Calls visit(step) for the steps within the window, outward from the light.
 template <class Real>
 template <class Visit>
 void StreakSet<Real>::Walk(const Arm& arm, std::int64_t dx, std::int64_t dy, const Window& window,
@@ -147,7 +147,8 @@ void StreakSet<Real>::Walk(const Arm& arm, std::int64_t dx, std::int64_t dy, con
     }
 }
 
-/// Moves `step` to the first kept step of an arm within the rows of the window, and gives the end of those.
+/// Moves `step` to the first stored step of an arm within the rows of the window, and returns the end of
+/// those.
 template <class Real>
 const typename StreakSet<Real>::Step* StreakSet<Real>::RowsOf(const Arm& arm, const Window& window,
                                                               const Step*& step) const {

@@ -13,7 +13,7 @@ namespace k7 {
 /// Streaks beyond this number are not drawn.
 inline constexpr int kMostStreaks = 1000;
 
-/// What a streak draws at random: its direction within a half circle, in radians, and its length from 0 to 1.
+/// The random part of a streak: its direction within a half circle, in radians, and its length from 0 to 1.
 template <class Real>
 struct StreakPair {
     Real Angle, Length;
@@ -30,25 +30,25 @@ struct StreakSetup {
     int Width, Height; ///< of the frame
 };
 
-/// Entries of the streak table that lights of such a frame can read: a length of them, and no more than the
-/// frame is long.
+/// The number of entries of the streak table that lights of such a frame can read: the streak length, but no
+/// more than the frame's diagonal.
 template <class Real>
 int StreakEntries(const StreakSetup<Real>& setup);
 
-/// The streaks that every light of a frame throws. They are summed in the order of their numbers, each in two
-/// arms from the light outward.
+/// The streaks that every light of a frame casts. They are summed in the order of their numbers, each in two
+/// arms outward from the light.
 template <class Real>
 class StreakSet {
 public:
-    /// Works out what does not depend on the light, for lights within `lights`. `table` stays with the
-    /// caller. False without memory.
+    /// Computes what does not depend on the light, for lights within `lights`. `table` belongs to the caller
+    /// and must outlive the frame. False if allocation fails.
     [[nodiscard]] bool Prepare(const StreakSetup<Real>& setup, const StreakPairs<Real>& pairs,
                                const DiffractionTable<Real>& table, const PixelBox& lights);
 
-    /// Gives back what Prepare has made.
+    /// Frees what Prepare has made.
     void Free();
 
-    /// How far from a light its streaks reach, in pixels; never short of it.
+    /// How far from a light its streaks reach at most, in pixels.
     int ReachX() const;
     int ReachY() const;
 
@@ -57,7 +57,7 @@ public:
     void Add(const Light& light, const LightPlanes<Real>& planes, int first, int last) const;
 
 private:
-    /// A step of an arm: its two pixels as offsets from the light, and what a word of 1 throws there.
+    /// A step of an arm: its two pixels as offsets from the light, and what a word of 1 adds there.
     struct Step {
         int X, Y;         ///< main pixel
         int SideX, SideY; ///< the pixel beside it
@@ -68,8 +68,8 @@ private:
     struct Arm {
         Real Reach;               ///< length in pixels
         Real AlongX, AlongY;      ///< its end, from the light
-        std::int64_t Dx, Dy;      ///< the end in whole pixels for which the steps are kept
-        std::size_t First, Count; ///< those steps; none where they are not kept
+        std::int64_t Dx, Dy;      ///< the end in whole pixels for which the steps are stored
+        std::size_t First, Count; ///< those steps; none if they are not stored
     };
 
     /// Offsets of main pixels from the light, inclusive.

@@ -8,17 +8,17 @@ namespace k7 {
 /// and to linear RGB of a set of primaries.
 class CLRK7 {
 public:
-    /// Makes ready for spectra from `lowNm` to `highNm`, both inclusive. `primaries` is null (NTSC 1953 under
-    /// a white of x 0.313, y 0.329) or holds x, y, z of red, green, blue and white; z is always taken as
-    /// 1 - x - y. False where the primaries span no colours, without memory, or when already created; only
-    /// the last leaves the object as it was.
+    /// Prepares for spectra from `lowNm` to `highNm`, both inclusive. `primaries` is null (NTSC 1953 under a
+    /// white of x 0.313, y 0.329) or holds x, y, z of red, green, blue and white; z is always taken as 1 - x
+    /// - y. False if the primaries span no colours, allocation fails, or it was created already; only the
+    /// last leaves the object unchanged.
     [[nodiscard]] bool Create(int lowNm, int highNm, const double* primaries);
 
-    /// Gives the arrays back; harmless when not created. Always true.
+    /// Frees the arrays; harmless if not created. Always true.
     bool Destroy();
 
-    /// `spectrum` has an entry for each nanometre of the range, in any linear unit; 1.0 throughout gives Y
-    /// = 1. Zeros when not created.
+    /// `spectrum` has one entry per nanometre of the range, in any linear unit; 1.0 throughout gives Y = 1.
+    /// Zeros if not created.
     void SpectrumToXYZ(double xyz[3], const double* spectrum) const;
 
     /// Not clamped: a channel may be negative or above 1.

@@ -22,8 +22,8 @@ constexpr int kMostChannels = 1024;
 constexpr int kMostPictures = 1 << 20;
 constexpr int kFarthest = 1 << 30; ///< of a window's corner from the origin
 
-/// How the files of common formats begin. Other formats are known by their ending only: of some, the decoders
-/// do not survive what is not theirs.
+/// How the files of common formats begin. Other formats are recognised only by their extension: some of their
+/// decoders crash on foreign files.
 struct Beginning {
     const char* format;
     std::size_t at;
@@ -49,7 +49,7 @@ std::string FormatByContent(const std::string& path) {
     return "";
 }
 
-/// The format that goes by a file's ending; empty for none.
+/// The format that a file's extension names; empty if none.
 std::string FormatByEnding(const std::string& path) {
     const std::size_t dot = path.find_last_of("./");
     if (dot == std::string::npos || path[dot] == '/') return "";
@@ -80,22 +80,21 @@ CheckedInput::CheckedInput(const std::string& path, const ReadLimits& limits)
     if (::stat(path.c_str(), &status) != 0)
         Fail(errno == ENOENT ? "there is no such file" : std::strerror(errno));
     if (S_ISDIR(status.st_mode)) Fail("is a folder");
-    if (!S_ISREG(status.st_mode))
-        Fail("is no file but a device or a pipe, which cannot be read as a picture");
+    if (!S_ISREG(status.st_mode)) Fail("is a device or a pipe, which cannot be read as a picture");
     if (::access(path.c_str(), R_OK) != 0) Fail(std::strerror(errno));
 
     const std::string ending = FormatByEnding(path), content = FormatByContent(path);
     const std::string format = ending.empty() ? content : ending;
-    if (format.empty()) Fail("neither its ending nor its content is of a known picture format");
+    if (format.empty()) Fail("neither its extension nor its content is that of a known picture format");
     if (!limits.formats.empty() && !IsOneOf(format, limits.formats))
-        Fail("is a file of the format " + format + ", which --formats does not name");
+        Fail("is a file of the format " + format + ", which is not among --formats");
     try {
         Open(format);
     } catch (const FrameError&) {
         const bool other = !content.empty() && content != format &&
                            (limits.formats.empty() || IsOneOf(content, limits.formats));
         if (!other) throw;
-        Open(content); // the ending is wrong
+        Open(content); // the extension is wrong
     }
     CountPictures();
 }
@@ -114,7 +113,7 @@ void CheckedInput::CountPictures() {
         return;
     }
     while (pictures_ < kMostPictures && input_->seek_subimage(pictures_, 0)) ++pictures_;
-    input_->geterror(); // that there is no further picture is no fault
+    input_->geterror(); // the end of the pictures is not an error
     input_->seek_subimage(0, 0);
 }
 
@@ -138,7 +137,7 @@ ImageSpec CheckedInput::Check(ImageSpec spec) const {
         spec.full_height = spec.height;
     }
     if (!near(spec.x) || !near(spec.y) || !near(spec.full_x) || !near(spec.full_y))
-        Fail("its windows lie out of all bounds");
+        Fail("its windows are out of bounds");
     for (const auto& [width, height] :
          {std::pair(spec.width, spec.height), {spec.full_width, spec.full_height}}) {
         if (!fits(width, height)) Fail("a picture of " + size(width, height) + " pixels is too large");
@@ -147,11 +146,11 @@ ImageSpec CheckedInput::Check(ImageSpec spec) const {
                  std::to_string(maxPixels_) + " allows");
     }
     if (spec.nchannels < 1 || spec.nchannels > kMostChannels)
-        Fail("a picture of " + std::to_string(spec.nchannels) + " channels");
+        Fail("a picture of " + std::to_string(spec.nchannels) + " channels cannot be read");
     const auto channels = static_cast<std::size_t>(spec.nchannels);
     if (spec.channelnames.size() != channels) spec.default_channel_names();
     if (spec.channelformats.size() != channels) spec.channelformats.clear();
-    if (spec.alpha_channel >= spec.nchannels) // an index behind the last channel means the last one
+    if (spec.alpha_channel >= spec.nchannels) // an index beyond the last channel means the last one
         spec.alpha_channel = spec.nchannels % 2 ? -1 : spec.nchannels - 1;
     spec.alpha_channel = std::max(spec.alpha_channel, -1);
     const double bytes =

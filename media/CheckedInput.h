@@ -14,21 +14,20 @@ struct ReadLimits {
     std::vector<std::string> formats;  ///< as OpenImageIO names them; empty: all that it reads
 };
 
-/// A picture file that is open. Nothing that the picture library reports is trusted: names, indices, sizes
-/// and windows are checked here, once for all who use them. All operations throw FrameError, with the file's
-/// name.
+/// An open picture file. Nothing that the picture library reports is trusted: names, indices, sizes and
+/// windows are checked here once, for all users. All operations throw FrameError, with the file's name.
 class CheckedInput {
 public:
-    /// The format goes by the file's ending, or else by how its content begins.
+    /// The format is that of the file's extension or, failing that, of how its content begins.
     CheckedInput(const std::string& path, const ReadLimits& limits);
 
     std::string Format() const { return input_->format_name(); }
     /// The pictures in the file; 1 for most.
     int Pictures() const { return pictures_; }
-    /// What the file says of a picture, all of which has been checked.
+    /// What the file says of a picture, checked.
     OIIO::ImageSpec Spec(int picture) const;
 
-    /// Reads channels `first` to `end` - 1 of all pixels; type UNKNOWN leaves each as it is stored.
+    /// Reads channels `first` to `end` - 1 of all pixels; type UNKNOWN leaves each in its own type.
     void Read(int picture, int first, int end, OIIO::TypeDesc type, void* pixels) const;
     void ReadDeep(int picture, OIIO::DeepData& pixels) const;
 

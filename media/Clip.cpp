@@ -20,7 +20,7 @@ Aspect ParseAspect(const std::string& text) {
     for (const std::string& piece : Split(text, ':')) sides.push_back(ParseNumber(piece).value_or(0));
     const auto good = [](double side) { return side > 0 && side < 1e6; };
     if (sides.size() != 2 || !good(sides[0]) || !good(sides[1]))
-        throw UsageError("'" + text + "' is no pixel aspect: write X:Y");
+        throw UsageError("'" + text + "' is not a pixel aspect: write X:Y");
     return {sides[0], sides[1]};
 }
 
@@ -39,7 +39,7 @@ std::optional<FrameSpan> Clip::Span() const {
 
 Picture Clip::Black() const {
     const std::vector<int> frames = source_->Frames();
-    if (frames.empty()) throw FrameError(source_->NameOf(0) + ": no frame of this clip is there");
+    if (frames.empty()) throw FrameError(source_->NameOf(0) + ": this clip has no frames");
     Picture picture = source_->Read(frames.front());
     const host::Image& like = *picture.image;
     std::shared_ptr<host::Image> black = Share(host::Image::Make(like.Width, like.Height, like.PixelDepth));
@@ -77,8 +77,8 @@ Picture Clip::Load(int frame) const {
     return picture;
 }
 
-/// Threads that want one frame wait for the first of them to decode it; different frames are decoded side by
-/// side.
+/// Threads that want the same frame wait for the first of them to decode it; different frames are decoded in
+/// parallel.
 Picture Clip::At(int frame) {
     if (!source_->IsSequence()) frame = 0;
     std::unique_lock lock(mutex_);
@@ -94,7 +94,7 @@ Picture Clip::At(int frame) {
     load();
     lock.lock();
     loading_.erase(frame);
-    return cache_.Enter(frame, own.get()); // throws what decoding threw
+    return cache_.Enter(frame, own.get()); // rethrows what decoding threw
 }
 
 } // namespace media

@@ -14,7 +14,7 @@
 
 namespace media {
 
-/// What to do where a frame of a sequence is not there.
+/// What to do about a missing frame of a sequence.
 enum class Missing {
     Error, ///< the frame that needs it fails
     Hold,  ///< take the nearest earlier one
@@ -29,7 +29,7 @@ struct Aspect {
 /// `X:Y`. Throws UsageError.
 Aspect ParseAspect(const std::string& text);
 
-/// The pictures of a clip. Those read last are kept, so that each is decoded once.
+/// The pictures of a clip. The most recent ones are cached, so that each is decoded once.
 class Clip {
 public:
     /// `aspect`, where given, replaces the files' own.
@@ -41,10 +41,10 @@ public:
     bool Has(int frame) const { return source_->Has(frame); }
     std::string NameOf(int frame) const { return source_->NameOf(frame); }
     std::vector<std::string> Files() const { return source_->Files(); }
-    /// First and last frame; nothing for a single picture and for a sequence without a file.
+    /// First and last frame; none for a single picture and for a sequence without files.
     std::optional<FrameSpan> Span() const;
 
-    /// Throws FrameError. Any thread may ask.
+    /// Throws FrameError. Thread-safe.
     Picture At(int frame);
 
 private:

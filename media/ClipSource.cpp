@@ -61,7 +61,7 @@ private:
     const ReadOptions options_;
 };
 
-/// Frames in a file; 1 where it cannot be read, which comes to light with its first frame.
+/// The number of frames in a file; 1 if it cannot be read, which its first frame will show.
 int FramesIn(const std::string& path, const ReadLimits& limits) {
     try {
         return CountFrames(path, limits);

@@ -15,10 +15,10 @@ public:
 
     /// False for a single picture, which is the same at every frame.
     virtual bool IsSequence() const = 0;
-    /// The frames that are there, in rising order. Empty for a single picture.
+    /// The frames that exist, in ascending order. Empty for a single picture.
     virtual std::vector<int> Frames() const = 0;
     virtual bool Has(int frame) const = 0;
-    /// What the user knows a frame by.
+    /// A frame's name for the user.
     virtual std::string NameOf(int frame) const = 0;
     /// The files that are read.
     virtual std::vector<std::string> Files() const = 0;

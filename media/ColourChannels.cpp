@@ -19,7 +19,7 @@ ColourChannels Grey(int channel, int alpha) {
     return {true, {channel, channel, channel, alpha}};
 }
 
-/// Colours by the order of the channels beside alpha.
+/// Colours by the order of the channels other than alpha.
 std::optional<ColourChannels> InOrder(const ImageSpec& spec) {
     std::vector<int> plain;
     for (int c = 0; c < spec.nchannels; ++c)

@@ -9,8 +9,8 @@
 
 namespace media {
 
-/// Which channels of a file become red, green, blue and alpha. -1 stands for none: alpha is then opaque, a
-/// colour black.
+/// Which channels of a file become red, green, blue and alpha. -1 means none: alpha is then opaque, a colour
+/// black.
 struct ColourChannels {
     bool grey = false; ///< red, green and blue are one channel
     std::array<int, 4> from{-1, -1, -1, -1};
@@ -24,12 +24,12 @@ struct ColourChannels {
     int End() const;
 };
 
-/// The colours of a layer of a picture. Without a layer they are the plain R, G, B, A, or Y; a picture whose
-/// channels have no such names goes by their order, unless they `mustBeNamed`. Nothing where there are none.
+/// The colours of a layer of a picture. Without a layer they are the plain R, G, B, A, or Y; channels without
+/// such names count by their order, unless they `mustBeNamed`. None if there are no colours.
 std::optional<ColourChannels> FindColours(const OIIO::ImageSpec& spec, const std::string& layer,
                                           bool mustBeNamed);
 
-/// The names of all channels, divided by commas.
+/// The names of all channels, comma-separated.
 std::string ChannelList(const OIIO::ImageSpec& spec);
 
 } // namespace media

@@ -13,9 +13,10 @@ namespace {
 
 std::mutex screenMutex; ///< guards the two below
 int decoders = 0;
-int screen = -1; ///< standard error while decoders run; -1 where it could not be kept
+int screen = -1; ///< standard error while decoders run; -1 if it could not be saved
 
-// What a signal handler may read: the name of the file that its thread decodes, and standard error as it was.
+// What a signal handler may read: the name of the file that its thread is decoding, and the saved standard
+// error.
 constexpr std::size_t kMostName = 1024;
 thread_local char decodedFile[kMostName];
 thread_local volatile std::sig_atomic_t decoding = 0;
@@ -32,7 +33,7 @@ void NameFile(int signal) {
         Say(decodedFile);
         Say(": the decoder of its format crashed\n");
     }
-    ::raise(signal); // the handler is gone: the program ends as it would have
+    ::raise(signal); // the handler is removed: the program ends as it would have without it
 }
 
 } // namespace

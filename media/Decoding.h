@@ -4,8 +4,8 @@
 
 namespace media {
 
-/// This thread decodes a file while this lives. Nothing reaches standard error while any thread does: the PNG
-/// library writes there what it also reports.
+/// Marks this thread as decoding a file. Standard error is silenced while any thread does: the PNG library
+/// prints there what it also reports.
 class Decoding {
 public:
     explicit Decoding(const std::string& path);
@@ -14,8 +14,8 @@ public:
     Decoding& operator=(const Decoding&) = delete;
 };
 
-/// Installs a handler that, where a decoder crashes, says on standard error which file it was decoding before
-/// the program ends by the signal.
+/// Installs a handler that, if a decoder crashes, prints which file it was decoding before the program ends
+/// by the signal.
 void NameCrashedDecoders();
 
 } // namespace media

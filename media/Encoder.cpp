@@ -11,8 +11,8 @@ using OIIO::ImageSpec;
 
 namespace {
 
-/// Whether a format's encoder writes what can be read when it works in memory. That of TIFF does not:
-/// directories of metadata come behind the pixels, and the first one, which it goes back to, is lost.
+/// Whether a format's encoder writes readable files when it works in memory. That of TIFF does not:
+/// directories of metadata follow the pixels, and the first one, to which it seeks back, is lost.
 bool WorksInMemory(const OIIO::ImageOutput& output) {
     return output.supports("ioproxy") && std::strcmp(output.format_name(), "tiff") != 0;
 }
@@ -39,7 +39,7 @@ bool Encoder::Open(const std::string& path, const ImageSpec& spec) {
     Prepare();
     path_ = path;
     if (output_->open(path, spec)) return true;
-    output_->set_ioproxy(nullptr); // or some encoders close what they have not opened
+    output_->set_ioproxy(nullptr); // otherwise some encoders close what they have not opened
     return false;
 }
 

@@ -10,18 +10,18 @@
 
 namespace media {
 
-/// A file format's own encoder. It works in memory where it can, so that the disk sees one plain write whose
-/// failure shows; other formats write the file at a path themselves. Operations throw FrameError.
+/// A file format's own encoder. It works in memory if it can, so that the file is one plain write whose
+/// failure is noticed; other formats write the file at a path themselves. Operations throw FrameError.
 class Encoder {
 public:
-    /// Throws FrameError where no format goes by the name's ending.
+    /// Throws FrameError if the name's extension is not that of a format.
     explicit Encoder(const std::string& name);
 
     std::string Format() const { return output_->format_name(); }
-    /// What was encoded in memory; empty where the file lies at the path.
+    /// What was encoded in memory; empty if the file is at the path.
     const std::vector<unsigned char>& Bytes() const { return bytes_; }
 
-    /// Drops what was begun.
+    /// Discards an unfinished file.
     void Restart();
 
     /// One picture, in the type of its spec.
@@ -34,9 +34,8 @@ public:
     void WriteDeep(const OIIO::DeepData& pixels);
     void Finish();
 
-    /// Whether the format stores pictures of a spec as they are, found out with one of a few pixels. It has
-    /// to be written to the end: some encoders do not survive being left half-way. The encoder is of no use
-    /// afterwards.
+    /// Whether the format stores pictures of a spec unchanged, tried with one of a few pixels. It has to be
+    /// written to the end: some encoders crash if abandoned half-way. The encoder cannot be used afterwards.
     bool Holds(const std::string& path, OIIO::ImageSpec spec);
 
 private:
@@ -48,7 +47,7 @@ private:
     std::string path_;
     std::vector<unsigned char> bytes_;
     std::optional<OIIO::Filesystem::IOVecOutput> memory_;
-    std::unique_ptr<OIIO::ImageOutput> output_; ///< may write to its memory until it is gone
+    std::unique_ptr<OIIO::ImageOutput> output_; ///< may write to its memory until it is destroyed
 };
 
 } // namespace media

@@ -10,7 +10,7 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A frame cannot be had: one line that says why. The frame counts as failed and k7 ends with 1.
+/// A frame cannot be produced: one line that says why. The frame counts as failed and k7 ends with 1.
 struct FrameError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

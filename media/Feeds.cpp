@@ -49,13 +49,13 @@ host::Image* ToolFeed::Give(double time) {
     if (found != kept_.end()) {
         kept_.splice(kept_.begin(), kept_, found);
     } else {
-        // A tool that looks at other frames than the one in progress will do so again.
+        // A tool that looks at frames other than the one in progress will do so again.
         if (next_.FrameTime() != time) room_ = kMostKept;
         host::Request request(time);
         operator_.Render(&request);
         if (operator_.AbortFlag) return nullptr;
         auto* image = dynamic_cast<host::Image*>(request.OutputData(operator_.Outputs().front()));
-        if (!image) throw FrameError(operator_.Name + " gave no picture, perhaps for want of memory");
+        if (!image) throw FrameError(operator_.Name + " produced no picture, perhaps because memory ran out");
         image->Retain();
         kept_.emplace_front(time, host::Ref<host::Image>(image));
         if (kept_.size() > room_) kept_.pop_back();

@@ -12,15 +12,15 @@
 
 namespace media {
 
-/// What stands at an image input of a tool, and why it gave no picture.
+/// The source of an image input of a tool, and why it had no picture.
 class Feed : public host::ImageProvider {
 public:
     host::Image* ImageAt(double time) final;
-    /// Why the first picture since the last call could not be had; empty if all went well.
+    /// Why the first picture since the last call failed; empty if none did.
     std::string TakeError();
 
 protected:
-    /// The picture at a time, with a reference for the caller. Throws FrameError; null where the frame is
+    /// The picture at a time, with a reference for the caller. Throws FrameError; null if the frame is
     /// aborted.
     virtual host::Image* Give(double time) = 0;
 
@@ -37,7 +37,7 @@ public:
     ClipFeed(const ClipFeed& other) : clip_(other.clip_), depth_(other.depth_) {}
 
     const std::shared_ptr<Clip>& Source() const { return clip_; }
-    /// From now on pictures come in a depth that holds this one's values too.
+    /// From now on pictures have a depth that also holds the values of this one.
     void Deepen(host::Depth depth) { depth_ = depth; }
 
 protected:
@@ -49,13 +49,13 @@ private:
 };
 
 /// The frames of a tool as the main picture of the next. The last ones are kept, so that none is computed
-/// twice in a run forward: one, or as many as the next tool asks for at other times.
+/// twice in a forward run: one, or as many as the next tool reads at other times.
 class ToolFeed : public Feed {
 public:
     /// From a tool to the next one.
     ToolFeed(host::Operator& from, const host::Operator& to) : operator_(from), next_(to) {}
 
-    /// Drops the frames that are kept. Not while one is asked for.
+    /// Drops the frames that are kept. Not to be called while one is being read.
     void Forget() { kept_.clear(); }
 
 protected:

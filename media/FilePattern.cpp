@@ -14,11 +14,11 @@ namespace {
 
 /// A frame number's place in a name.
 struct Place {
-    std::size_t length; ///< in characters; 0: there is none
+    std::size_t length; ///< in characters; 0 if there is none
     int digits;
 };
 
-/// What `text` begins with: %d, %4d or %04d; any number of # or @; $F or $F4.
+/// The place at the beginning of `text`: %d, %4d or %04d; any number of # or @; $F or $F4.
 Place PlaceAt(std::string_view text) {
     const char first = text.empty() ? '\0' : text[0];
     if (first == '#' || first == '@') {
@@ -43,7 +43,7 @@ FilePattern::FilePattern(std::string path) : path_(std::move(path)) {
     for (std::size_t at = all.find_last_of('/') + 1; at < all.size(); ++at) {
         const Place place = PlaceAt(all.substr(at));
         if (place.length == 0) continue;
-        if (std::filesystem::is_regular_file(path_, ignored)) return; // a file of that very name
+        if (std::filesystem::is_regular_file(path_, ignored)) return; // a file of exactly that name
         sequence_ = true;
         digits_ = place.digits;
         before_ = all.substr(0, at);
@@ -73,7 +73,7 @@ std::vector<int> FilePattern::FramesOnDisk() const {
         if (name.size() <= before.size() + after_.size() || !name.starts_with(before) ||
             !name.ends_with(after_))
             continue;
-        // A name counts only if it is the one that the pattern gives for its number.
+        // A name counts only if it is the one that the pattern makes of its number.
         const std::string digits = name.substr(before.size(), name.size() - before.size() - after_.size());
         const std::optional<int> frame = ParseInteger(digits);
         if (frame && At(*frame).substr(folderLength) == name) frames.push_back(*frame);

@@ -11,13 +11,13 @@ namespace {
 using host::Depth;
 using OIIO::ImageSpec;
 
-/// What a format can be asked for. Lists are divided by blanks.
+/// The options of a format. Lists are separated by blanks.
 struct FormatRule {
     const char* format;
     bool straight;            ///< its alpha is never multiplied into the colours
-    const char* depths;       ///< that can be asked for
+    const char* depths;       ///< that can be chosen
     const char* compressions; ///< names; those with a colon take a level
-    const char* quality;      ///< the attribute of the encoder's quality; empty: it has none
+    const char* quality;      ///< the attribute of the encoder's quality; empty if it has none
 };
 constexpr FormatRule kRules[] = {
     {"openexr", false, "half float", "none rle zips: zip: piz pxr24 b44 b44a dwaa: dwab:", ""},
@@ -41,7 +41,7 @@ constexpr FormatRule kRules[] = {
 };
 constexpr FormatRule kPlain = {"", false, "", "", ""};
 
-/// The encoders of these fail, or write what cannot be read or, for some sizes, another picture.
+/// The encoders of these fail, or write unreadable files or, for some sizes, a different picture.
 constexpr const char* kUnwritable[] = {"sgi", "jpeg2000", "iff", "null", "term"};
 
 const FormatRule& RuleOf(const std::string& format) {
@@ -50,7 +50,7 @@ const FormatRule& RuleOf(const std::string& format) {
     return rule == std::end(kRules) ? kPlain : *rule;
 }
 
-/// NAME or NAME:LEVEL in two.
+/// Splits NAME or NAME:LEVEL.
 struct Compression {
     explicit Compression(const std::string& text)
         : name(text.substr(0, text.find(':')))
@@ -76,7 +76,7 @@ void CheckCompression(const FormatRule& rule, const std::string& format, const s
                              (takesLevel ? " takes a whole number as its level" : " has no level"));
         return;
     }
-    throw UsageError("--compression '" + text + "': " + format + " files know " +
+    throw UsageError("--compression '" + text + "': " + format + " files support " +
                      (known.empty() ? "no choice of compression" : known));
 }
 
@@ -114,13 +114,13 @@ void CheckOptions(const std::string& format, const WriteOptions& options) {
             return !word.empty() && ParseDepth(word) == *options.depth;
         };
         if (std::none_of(held.begin(), held.end(), same))
-            throw UsageError("--depth: " + format + " files hold no " + Describe(*options.depth) +
-                             " pictures but " + (*rule.depths ? rule.depths : "those of their own depth"));
+            throw UsageError("--depth: " + format + " files cannot hold " + Describe(*options.depth) +
+                             " pictures, only " + (*rule.depths ? rule.depths : "those of their own depth"));
     }
 }
 
 bool Breaks(const std::string& format, const ImageSpec& spec) {
-    // It ends in a failed assertion.
+    // This ends in a failed assertion.
     return format == "ico" && (spec.nchannels != 4 || spec.format != OIIO::TypeDesc::UINT8);
 }
 
@@ -145,7 +145,7 @@ StoredDepth ParseDepth(const std::string& text) {
         {"16", {Depth::Int16}}, {"half", {Depth::Half}},    {"float", {Depth::Float}}};
     for (const auto& [word, depth] : depths)
         if (SameWord(text, word)) return depth;
-    throw UsageError("--depth knows 8, 10, 12, 16, half and float, not '" + text + "'");
+    throw UsageError("--depth takes 8, 10, 12, 16, half or float, not '" + text + "'");
 }
 
 std::string Describe(const StoredDepth& depth) {

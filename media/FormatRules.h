@@ -6,27 +6,27 @@
 
 namespace media {
 
-// What the file formats hold, as far as the picture library does not say it itself. Formats go by the names
-// that it has for them.
+// What the file formats hold, where the picture library does not say so itself. Formats are named as it names
+// them.
 
-/// Pictures of one file belong together and are no frames.
+/// Several pictures in one file belong together and are not frames.
 bool HasParts(const std::string& format);
 
-/// Whether colours lie in the file as they are (true) or multiplied by alpha, for a file that was read.
+/// Whether the colours of a file that was read are straight (true) or multiplied by alpha.
 bool HoldsStraightAlpha(const std::string& format, const OIIO::ImageSpec& spec);
-/// The same for a file to be written after a source: TIFF holds either, and follows the source.
+/// The same for a file to be written from a source: TIFF holds either, and follows the source.
 bool WritesStraightAlpha(const std::string& format, const Picture& like);
 
-/// Bits of a sample where the file has fewer than its type; otherwise 0.
+/// Bits per sample if the file has fewer than its type; otherwise 0.
 int FewerBits(const OIIO::ImageSpec& spec);
 
-/// Throws UsageError where the format cannot be written by this program or does not hold what is asked for.
+/// Throws UsageError if this program cannot write the format or the format does not hold what is asked for.
 void CheckOptions(const std::string& format, const WriteOptions& options);
 
-/// Whether the format's encoder is known to break pictures of a kind, or itself.
+/// Whether the format's encoder is known to spoil such pictures, or to crash.
 bool Breaks(const std::string& format, const OIIO::ImageSpec& spec);
 
-/// Puts compression and quality where the format's encoder looks for them. Those of the source count where
+/// Sets compression and quality as the format's encoder expects them. Those of the source are the default if
 /// its format is the same.
 void SetCompression(OIIO::ImageSpec& spec, const std::string& format, const WriteOptions& options,
                     const Picture& like);

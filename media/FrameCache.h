@@ -8,20 +8,20 @@
 
 namespace media {
 
-/// The pictures read last, so that an effect that looks at neighbouring frames does not decode a clip twice.
+/// The most recent pictures, so that an effect that reads neighbouring frames does not decode a clip twice.
 class FrameCache {
 public:
-    /// Holds no more than `bytes` of pixels; the picture entered last stays in any case.
+    /// Holds at most `bytes` of pixels; the picture entered last stays in any case.
     explicit FrameCache(std::size_t bytes) : room_(bytes) {}
 
-    /// The picture of a frame, which counts as used now; null if it is not held.
+    /// The picture of a frame, which counts as used now; null if it is not cached.
     const Picture* Find(int frame);
     const Picture& Enter(int frame, Picture picture);
 
 private:
     const std::size_t room_;
     std::size_t used_ = 0;
-    std::list<std::pair<int, Picture>> pictures_; ///< the one used last comes first
+    std::list<std::pair<int, Picture>> pictures_; ///< most recently used first
 };
 
 } // namespace media

@@ -9,11 +9,11 @@
 namespace media {
 namespace {
 
-/// More frames than any clip has; a slip of the finger should not fill the memory.
+/// More frames than any clip has; a typing error should not exhaust the memory.
 constexpr long long kMostFrames = 10'000'000;
 
 std::optional<FrameSpan> TrySpan(const std::string& text) {
-    // The dash that divides is the first one behind a digit; one before the digits is a sign.
+    // The dash that separates is the first one after a digit; one before the digits is a sign.
     const std::size_t digit = text.find_first_of("0123456789");
     const std::size_t dash = digit == std::string::npos ? digit : text.find('-', digit);
     if (dash == std::string::npos) {
@@ -40,7 +40,7 @@ Stretch ParseStretch(const std::string& text) {
     const std::optional<FrameSpan> span = TrySpan(text.substr(0, cross));
     const std::optional<int> step = cross == std::string::npos ? 1 : ParseInteger(text.substr(cross + 1));
     if (!span || !step || *step < 1)
-        throw UsageError("'" + text + "' names no frames: write 7, 1-100 or 1-100x5, divided by commas");
+        throw UsageError("'" + text + "' names no frames: write 7, 1-100 or 1-100x5, comma-separated");
     return {*span, *step};
 }
 
@@ -64,7 +64,7 @@ std::vector<int> ParseFrames(const std::string& text) {
 
 FrameSpan ParseSpan(const std::string& text) {
     if (const std::optional<FrameSpan> span = TrySpan(text)) return *span;
-    throw UsageError("'" + text + "' is no range of frames: write A-B, the first and the last");
+    throw UsageError("'" + text + "' is not a range of frames: write A-B, the first and the last");
 }
 
 std::string Describe(const FrameSpan& span) {

@@ -11,8 +11,8 @@ struct FrameSpan {
     int last = 0;
 };
 
-/// The frames that a text names: `7`, `1-100`, `1-100x5`, several with commas. Each frame comes once, in the
-/// order told. Throws UsageError.
+/// The frames that a text names: `7`, `1-100`, `1-100x5`, comma-separated. Each frame comes once, in the
+/// order given. Throws UsageError.
 std::vector<int> ParseFrames(const std::string& text);
 
 /// `A-B`. Throws UsageError.

@@ -21,7 +21,7 @@ int ReadPair(std::istream& file) {
     return high << 8 | ReadByte(file);
 }
 
-/// The sum of table 0 in a segment of tables; 0 where it is not among them.
+/// The sum of table 0 in a segment of tables; 0 if it is not among them.
 int SumOfFirstTable(std::istream& file, int length) {
     while (length > kTableEntries && file) {
         const int head = ReadByte(file), bytes = head >> 4 ? 2 : 1;

@@ -12,7 +12,7 @@ namespace {
 using host::Depth;
 using host::Image;
 
-/// Reads each row of a picture, lets work(rgba) see each pixel, and writes the row into the target.
+/// Reads each row of a picture, calls work(rgba) for each pixel, and writes the row into the target.
 template <class Work>
 void Pass(const Image& from, Image& to, Work&& work) {
     std::vector<float> row(static_cast<std::size_t>(from.Width) * 4);
@@ -23,7 +23,7 @@ void Pass(const Image& from, Image& to, Work&& work) {
     }
 }
 
-/// A depth that holds the values of both: 16-bit integers and halves meet in 32-bit float.
+/// A depth that holds the values of both: for 16-bit integers and halves that is 32-bit float.
 Depth Deeper(Depth a, Depth b) {
     if (a == b) return a;
     const Depth most = std::max(a, b);

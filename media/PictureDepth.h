@@ -6,17 +6,17 @@
 
 namespace media {
 
-// Pictures in another form. Float rows carry the values, so nothing is rounded twice. All throw
+// Conversions of pictures. Values pass through float rows, so nothing is rounded twice. All throw
 // std::bad_alloc.
 
 /// The same picture in another depth, in one plane.
 std::shared_ptr<host::Image> Convert(const host::Image& image, host::Depth depth);
 
-/// The picture itself where its depth holds all values of `depth`, otherwise a copy in one that holds those
-/// of both.
+/// The picture itself if its depth holds all values of `depth`, otherwise a copy in one that holds those of
+/// both.
 std::shared_ptr<host::Image> AtLeast(std::shared_ptr<host::Image> image, host::Depth depth);
 
-/// Multiplies the colours by alpha, or divides them where alpha is not 0; exact where alpha is 0 or 1.
+/// Multiplies the colours by alpha, or divides them if alpha is not 0; exact if alpha is 0 or 1.
 void MultiplyByAlpha(host::Image& image);
 void DivideByAlpha(host::Image& image);
 
@@ -26,7 +26,7 @@ std::shared_ptr<host::Image> Exposed(std::shared_ptr<host::Image> image, double 
 /// The brightness of a colour (Rec. 709), which is the grey itself where all three are equal.
 float BrightnessOf(const float* rgb);
 
-/// Turns red into the brightness of the colour.
+/// Replaces red by the brightness of the colour.
 void TurnGrey(host::Image& image);
 
 } // namespace media

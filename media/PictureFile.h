@@ -13,9 +13,9 @@ namespace media {
 
 /// How a file is read.
 struct ReadOptions {
-    std::string layer; ///< whose colours are taken; empty: the plain ones of the first part
+    std::string layer; ///< whose colours are read; empty for the plain ones of the first part
     ReadLimits limits;
-    std::optional<host::Depth> atLeast; ///< a picture of less depth is given this one
+    std::optional<host::Depth> atLeast; ///< a picture of less depth is converted to this one
     bool premultiply = false;           ///< straight colours are multiplied by their alpha
     int proxy = 1;                      ///< clips give their pictures at 1 / proxy of the width and height
 };
@@ -23,11 +23,11 @@ struct ReadOptions {
 /// How a file stores a channel.
 struct StoredDepth {
     host::Depth depth = host::Depth::Int16;
-    int bits = 0; ///< of an integer, where they are fewer than the depth has; otherwise 0
+    int bits = 0; ///< of an integer, if fewer than the depth has; otherwise 0
     bool operator==(const StoredDepth&) const = default;
 };
 
-/// What a file keeps of a picture apart from its size; what is not given is as in the source.
+/// How a file stores a picture; what is not given is as in the source.
 struct WriteOptions {
     std::optional<StoredDepth> depth;
     std::string compression; ///< name, or name:level
@@ -40,13 +40,13 @@ struct Picture {
         image;               ///< four channels: a file without alpha is opaque, a grey one has equal colours
     int channels = 4;        ///< of the file: 1 grey, 2 grey and alpha, 3 colour, 4 colour and alpha
     StoredDepth depth;       ///< of the file's colours
-    std::string format;      ///< of the file, as OpenImageIO names it; empty where there was no file
+    std::string format;      ///< of the file, as OpenImageIO names it; empty if there was no file
     bool straight = false;   ///< the file's colours are not multiplied by their alpha
-    bool matte = false;      ///< alpha is a matte beside the colours, of which none follows the other
-    bool multiplied = false; ///< those of the image are, against the rule of its file
-    int quality = 0;         ///< of a JPEG file, 1 to 100; 0 where it is not known
+    bool matte = false;      ///< alpha is a matte independent of the colours
+    bool multiplied = false; ///< those of the image are, unlike those of its file
+    int quality = 0;         ///< of a JPEG file, 1 to 100; 0 if unknown
     OIIO::ImageSpec stored;  ///< the part of the file that the picture is; its metadata are handed on
-    std::string path;        ///< where the file lies: what is not worked on is taken from there
+    std::string path;        ///< of the file: what is not worked on is read from there
     long long maxPixels = ReadLimits().maxPixels; ///< that the file was read under
     int part = 0;                                 ///< of the file
     ColourChannels colours;                       ///< of that part
@@ -59,17 +59,17 @@ std::shared_ptr<host::Image> Share(host::Image* image);
 /// the file's name.
 Picture ReadPicture(const std::string& path, const ReadOptions& options = {}, int number = 0);
 
-/// How many pictures of one size follow each other in a file, as in an animation or a movie; 1 for a single
-/// picture and for the parts of an OpenEXR file. Throws FrameError.
+/// The number of pictures of one size that follow each other in a file, as in an animation or a movie; 1 for
+/// a single picture and for the parts of an OpenEXR file. Throws FrameError.
 int CountFrames(const std::string& path, const ReadLimits& limits);
 
-/// Throws UsageError where no file format goes by the ending of the name, or where it cannot hold what is
+/// Throws UsageError if the name's extension is not that of a file format, or the format cannot hold what is
 /// asked for.
 void CheckCanWrite(const std::string& path, const WriteOptions& options = {});
 
 /// Writes `image` with the channels, the depth and the metadata of `like`, or the nearest that the file
-/// format holds; `warn` is told what could not be kept. The file appears under its name when it is whole, and
-/// replaces what was there. Throws FrameError with the file's name and leaves nothing behind.
+/// format holds; `warn` is told what could not be kept. The file appears under its name when it is complete,
+/// and replaces an existing one. Throws FrameError with the file's name and leaves nothing behind.
 void WritePicture(const std::string& path, const host::Image& image, const Picture& like,
                   const std::function<void(const std::string&)>& warn, const WriteOptions& options = {});
 

@@ -21,7 +21,7 @@ inline OIIO::TypeDesc PixelType(host::Depth depth) {
     return OIIO::TypeDesc::FLOAT;
 }
 
-/// Asks OpenImageIO to leave colours as they are where a file has alpha, in either direction.
+/// Asks OpenImageIO to leave the colours of files with alpha as they are, in either direction.
 inline constexpr const char* kUnassociatedAlpha = "oiio:UnassociatedAlpha";
 
 } // namespace media

@@ -14,7 +14,7 @@ namespace media {
 
 void LoadPlugIns() {
     namespace fs = std::filesystem;
-    // The folder's place beside the program is the same in a build and where k7 is installed.
+    // The folder has the same place relative to the program in a build and where k7 is installed.
     const fs::path folder =
         (fs::read_symlink("/proc/self/exe").parent_path() / K7_PLUGIN_FOLDER).lexically_normal();
     std::error_code error;

@@ -7,11 +7,11 @@
 
 namespace media {
 
-/// Loads every plug-in from the folder that belongs to this program; their tools then stand in the host's
-/// class registry. They stay until the program ends. Throws std::runtime_error.
+/// Loads every plug-in from the folder that belongs to this program; their tools are then in the host's class
+/// registry. They stay until the program ends. Throws std::runtime_error.
 void LoadPlugIns();
 
-/// The tools that are there, in the order of their numbers.
+/// All tools, in the order of their numbers.
 std::vector<host::Registry*> Tools();
 
 /// "Clean" of "K7.Clean".

@@ -22,7 +22,7 @@ using host::Image;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-/// The depth that takes a type's values without loss where there is one.
+/// The depth that takes a type's values without loss, if there is one.
 Depth DepthOf(TypeDesc type) {
     switch (type.basetype) {
     case TypeDesc::UINT8:
@@ -46,8 +46,8 @@ Depth DepthOf(const ImageSpec& spec, const ColourChannels& colours) {
     return depth;
 }
 
-/// Copies channel by channel from `in`, pixels of `channels` channels of which `first` is the lowest, to a
-/// row.
+/// Copies channel by channel to a row from `in`, pixels of `channels` channels of which the lowest is
+/// `first`.
 template <class T>
 void SpreadRow(const std::byte* source, std::byte* target, int width, int channels, int first,
                const ColourChannels& colours, T opaque) {
@@ -109,14 +109,15 @@ std::string AllChannels(const CheckedInput& file) {
     return all;
 }
 
-/// Finds the layer and fills in where the picture's colours lie.
+/// Finds the layer and records where the picture's colours are.
 void ChooseColours(Picture& picture, const CheckedInput& file, const std::string& path,
                    const std::string& layer, int number) {
     const bool parts = HasParts(picture.format);
     const int last = parts && !layer.empty() ? file.Pictures() - 1 : number;
     for (int part = number; part <= last; ++part) {
         const ImageSpec spec = file.Spec(part);
-        if (spec.depth > 1 || (spec.deep && layer.empty())) throw FrameError(path + ": is no flat picture");
+        if (spec.depth > 1 || (spec.deep && layer.empty()))
+            throw FrameError(path + ": is not a flat picture");
         if (spec.deep) continue;
         std::optional<ColourChannels> colours = FindColours(spec, layer, parts);
         if (!colours && !layer.empty() && spec.get_string_attribute("oiio:subimagename") == layer)
@@ -160,7 +161,7 @@ Picture Decode(const std::string& path, const ReadOptions& options, int number) 
     return picture;
 }
 
-/// Runs what uses a decoder; whatever it throws fails the frame.
+/// Runs code that uses a decoder; whatever it throws fails the frame.
 template <class Work>
 auto Guarded(const std::string& path, const Work& work) {
     try {

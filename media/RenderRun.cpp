@@ -19,7 +19,7 @@
 namespace media {
 namespace {
 
-/// Whether a file is there that can be opened as a picture.
+/// Whether a file exists that can be opened as a picture.
 bool IsWhole(const std::string& path) {
     try {
         const Decoding quiet(path);
@@ -41,7 +41,7 @@ std::uint64_t MachineMemory() {
            static_cast<std::uint64_t>(::sysconf(_SC_PAGE_SIZE));
 }
 
-/// Adds the seconds that it lives to a sum.
+/// Adds its lifetime, in seconds, to a sum.
 class Timed {
 public:
     Timed(double& sum, std::mutex& mutex) : sum_(sum), mutex_(mutex) {}
@@ -73,18 +73,18 @@ RenderRun::RenderRun(Stack& stack, FilePattern output, RunOptions options, const
     MakeJobs();
 }
 
-/// As many frames at once as there are threads, memory and frames for.
+/// As many frames at once as threads, memory and the number of frames allow.
 void RenderRun::ChooseJobs() {
     threads_ = options_.threads ? options_.threads
                                 : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     try {
-        // A picture as it was read, copies of it for the tool, its frame, and the file in the making.
+        // A picture as it was read, copies of it for the tool, its frame, and the file being encoded.
         const host::Image& picture = *stack_.MainClip().At(frames_.front() + options_.shift).image;
         const auto pixels =
             static_cast<std::uint64_t>(picture.Width) * static_cast<std::uint64_t>(picture.Height);
         bytesPerJob_ = pixels * 16 * (4 + 3 * stack_.Size());
     } catch (const FrameError&) {
-        // is told when the frame is rendered
+        // is reported when the frame is rendered
     }
     const std::uint64_t room = options_.memory ? options_.memory : MachineMemory() / 2;
     const std::uint64_t fit = bytesPerJob_ ? std::max<std::uint64_t>(room / bytesPerJob_, 1) : 1;
@@ -101,10 +101,10 @@ void RenderRun::MakeJobs() {
         job.stack = job.own.get();
     }
     // Threads that wait in a job work on its frame; the pool has the others. Without a limit the tools of a
-    // run in order have all processors while files are written beside.
+    // run in order have all processors while files are written in parallel.
     const bool all = inOrder_ && !options_.threads;
     host::GetApp()->SetPoolThreads(static_cast<unsigned>(std::max(threads_ - (all ? 1 : jobs_), 0)));
-    const int forFiles = jobs_ > 1 ? -1 : threads_; // -1: none but the caller
+    const int forFiles = jobs_ > 1 ? -1 : threads_; // -1: only the caller
     OIIO::attribute("threads", jobs_ > 1 ? 1 : threads_);
     OIIO::attribute("exr_threads", forFiles);
 }
@@ -125,13 +125,13 @@ void RenderRun::HearMessages() {
 
 void RenderRun::Run() {
     HearMessages();
-    // What tools draw once, at their first frame, is that of the run's first frame in every job.
+    // What tools draw at random once, at their first frame, is that of the run's first frame in every job.
     if (!inOrder_ && HasClass(stack_, host::kTagRegCarriesOver))
         for (const Job& job : workers_)
             if (job.own && !stop_) try {
                     job.stack->Render(frames_.front() + options_.shift);
                 } catch (const FrameError&) {
-                    // is told when the first job renders it
+                    // is reported when the first job renders it
                 }
     std::vector<std::thread> threads;
     for (Job& job : workers_)
@@ -194,7 +194,7 @@ std::shared_ptr<host::Image> RenderRun::Compute(Job& job, std::size_t index, int
         std::unique_lock lock(mutex_);
         turn_.wait(lock, [&] { return computed_ == index; });
     }
-    struct Over { // also where rendering throws
+    struct Over { // also if rendering throws
         ~Over() {
             const std::lock_guard lock(run.mutex_);
             outcome.warnings = std::move(run.messages_[document]);
@@ -211,7 +211,7 @@ std::shared_ptr<host::Image> RenderRun::Compute(Job& job, std::size_t index, int
     return stop_ ? nullptr : job.stack->Render(frame);
 }
 
-/// Lets the next frame be computed where this one was not.
+/// Lets the next frame be computed if this one was not.
 void RenderRun::PassTurn(std::size_t index) {
     if (!inOrder_) return;
     std::unique_lock lock(mutex_);
@@ -220,7 +220,7 @@ void RenderRun::PassTurn(std::size_t index) {
     turn_.notify_all();
 }
 
-/// Tells what became of a frame when all before it are told.
+/// Reports what became of a frame when all before it have been reported.
 void RenderRun::Tell(std::size_t index, Outcome outcome) {
     const std::lock_guard lock(mutex_);
     untold_[index] = std::move(outcome);

@@ -15,7 +15,7 @@
 
 namespace media {
 
-/// Who hears what becomes of the frames of a run. Calls come one at a time, in the order of the frames.
+/// Listens to what becomes of the frames of a run. Calls come one at a time, in the order of the frames.
 class RunListener {
 public:
     virtual ~RunListener() = default;
@@ -27,10 +27,10 @@ public:
 
 struct RunOptions {
     WriteOptions writing;
-    bool skipExisting = false; ///< leave frames alone whose files are there and can be opened
-    bool stopAtError = false;  ///< begin no frame after one has failed
+    bool skipExisting = false; ///< skip frames whose files exist and can be opened
+    bool stopAtError = false;  ///< start no frame after one has failed
     int shift = 0;             ///< file n holds the tools' frame n + shift
-    int threads = 0;           ///< no more than this many work; 0: those of the machine
+    int threads = 0;           ///< at most this many work; 0: those of the machine
     int jobs = 0;              ///< frames in progress at once; 0: what threads and memory allow
     std::uint64_t memory = 0;  ///< bytes that the jobs may take; 0: half of the machine's
 };
@@ -40,9 +40,9 @@ struct RunTimes {
     double reading = 0, computing = 0, writing = 0;
 };
 
-/// Renders frames of a stack into files, several side by side. The files are those of one frame after the
-/// other: each job has tools of its own with the same settings. Where frames of a tool write controls, the
-/// frames are computed in their order, and only reading and writing go on beside.
+/// Renders frames of a stack into files, several at once. The files are the same as with one frame at a time:
+/// each job has tools of its own with the same settings. If frames of a tool write controls, the frames are
+/// computed in order, and only reading and writing run in parallel.
 class RenderRun {
 public:
     /// `stack` is linked and set. Its clips are shared by all jobs.
@@ -52,13 +52,13 @@ public:
     /// Renders all frames, whatever becomes of single ones.
     void Run();
 
-    /// Raising them all stops the run; whole files stay.
+    /// Raising them all stops the run; complete files stay.
     std::vector<std::atomic<bool>*> StopFlags();
 
     int Jobs() const { return jobs_; }
-    /// What a job is thought to take, in bytes.
+    /// The estimated memory of a job, in bytes.
     std::uint64_t BytesPerJob() const { return bytesPerJob_; }
-    /// Frames that are there at the end.
+    /// The number of frames that exist at the end.
     int Written() const { return written_; }
     const std::vector<std::pair<int, std::string>>& Failures() const { return failures_; }
     const RunTimes& Times() const { return times_; }
@@ -66,7 +66,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// What became of a frame, until its turn to be told comes.
+    /// What became of a frame, until its turn to be reported.
     struct Outcome {
         enum class Kind { Rendered, Skipped, Failed, Stopped } kind = Kind::Stopped;
         double seconds = 0;
@@ -76,7 +76,7 @@ private:
 
     struct Job {
         Stack* stack = nullptr;
-        std::unique_ptr<Stack> own; ///< null where it works on the run's stack
+        std::unique_ptr<Stack> own; ///< null if it works on the run's stack
     };
 
     void ChooseJobs();
@@ -94,7 +94,7 @@ private:
     const RunOptions options_;
     const std::vector<int>& frames_;
     RunListener& listener_;
-    const bool inOrder_; ///< frames are computed one after the other, on the stack itself
+    const bool inOrder_; ///< frames are computed one at a time, on the stack itself
     int threads_ = 1;
     int jobs_ = 1;
     std::uint64_t bytesPerJob_ = 0;

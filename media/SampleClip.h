@@ -15,8 +15,8 @@ inline constexpr int kWidth = 960;
 inline constexpr int kHeight = 540;
 inline constexpr int kFrames = 24;
 
-/// A frame's words: red, green, blue, alpha of each pixel, rows bottom up. Frames outside 0 to 23 give the
-/// nearest one. May be called from several threads.
+/// A frame's words: red, green, blue, alpha of each pixel, rows bottom up. Frames outside 0 to 23 are the
+/// nearest one. Thread-safe.
 std::vector<std::uint16_t> Frame(int frame);
 
 } // namespace SampleClip

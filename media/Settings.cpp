@@ -24,7 +24,7 @@ using nlohmann::ordered_json;
 using Type = Input::Type;
 
 [[noreturn]] void Refuse(const Input& control, const std::string& text, const std::string& wanted) {
-    throw UsageError("'" + text + "' is no value for " + KeyOf(control) + " (" + control.Name() +
+    throw UsageError("'" + text + "' is not a value for " + KeyOf(control) + " (" + control.Name() +
                      "): write " + wanted);
 }
 
@@ -73,7 +73,7 @@ std::vector<std::string> NamesOf(const host::Operator& op) {
 
 // --- Saving -----------------------------------------------------------------------------------------------
 
-/// A number as JSON; what JSON cannot write as a number it holds as text.
+/// A number as JSON; as text if JSON cannot write it as a number.
 ordered_json NumberToJson(double value) {
     if (std::isfinite(value)) return value;
     return std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf";
@@ -111,7 +111,7 @@ Curve CurveFromJson(const Input& control, const json& saved) {
     if (!saved.is_object()) return {ValueFromJson(control, saved, 0), {}};
     for (const json& key : saved.at("keys")) {
         const double frame = NumberFromJson(key.at(0));
-        if (!std::isfinite(frame)) throw UsageError(KeyOf(control) + " has a key at no frame");
+        if (!std::isfinite(frame)) throw UsageError(KeyOf(control) + " has a key without a frame");
         curve.Keys[frame] = ValueFromJson(control, key, 1);
     }
     return curve;
@@ -131,7 +131,7 @@ std::string FromWorkingFolder(const std::string& text) {
     return here ? std::filesystem::absolute(path, error).string() : text;
 }
 
-/// What a control makes of a number that it does not take as it is.
+/// What a control makes of a number that it does not take unchanged.
 std::string Changed(const Input& control, const Curve& wanted) {
     if (control.DataType() != Type::Number) return "";
     const bool whole = control.GetAttrI(host::kTagInteger) != 0;
@@ -151,7 +151,7 @@ std::string Changed(const Input& control, const Curve& wanted) {
     return wanted.Animated() ? "" : note(wanted.Constant.x);
 }
 
-/// While it lives, operators of the document do not react to changes.
+/// For its lifetime, operators of the document do not react to changes.
 class Silence {
 public:
     explicit Silence(host::FusionDoc* document) : document_(document) {
@@ -211,7 +211,8 @@ Curve ParseCurve(const Input& control, const std::string& text) {
 
 std::string ApplySetting(host::Operator& op, const std::string& setting) {
     const std::size_t equals = setting.find('=');
-    if (equals == std::string::npos) throw UsageError("'" + setting + "' is no setting: write CONTROL=VALUE");
+    if (equals == std::string::npos)
+        throw UsageError("'" + setting + "' is not a setting: write CONTROL=VALUE");
     Input& control = FindControl(op, setting.substr(0, equals));
     const std::string value = setting.substr(equals + 1);
     if (control.DataType() == Type::Text) {

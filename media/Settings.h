@@ -10,10 +10,10 @@
 
 namespace media {
 
-/// True for an input that is a setting and no image.
+/// True for an input that is a setting, not an image.
 bool IsControl(const host::Input& input);
 
-/// What a command calls a control: its id, or the label of one that has none.
+/// The name of a control in commands: its id, or its label if it has none.
 const std::string& KeyOf(const host::Input& control);
 
 /// A control by its id or, failing that, its label, in any case. Throws UsageError with the nearest name.
@@ -24,11 +24,11 @@ host::Input& FindControl(const host::Operator& op, const std::string& name);
 /// `@frame:x,y;frame:x,y` for keys. Throws UsageError. Not for text controls.
 host::Curve ParseCurve(const host::Input& control, const std::string& text);
 
-/// Carries out `CONTROL=VALUE` as a change by the user, so that the tool reacts. Throws UsageError. What the
-/// control makes of the value where it does not take it as it is; empty otherwise.
+/// Carries out `CONTROL=VALUE` as a change by the user, so that the tool reacts. Throws UsageError. Returns
+/// what the control makes of the value if it does not take it unchanged; otherwise empty.
 std::string ApplySetting(host::Operator& op, const std::string& setting);
 
-/// The controls among those of `CONTROL=VALUE` that have no effect as things stand, being hidden or greyed.
+/// Those controls of a list of `CONTROL=VALUE` that currently have no effect, being hidden or greyed.
 std::vector<std::string> WithoutEffect(const host::Operator& op, const std::vector<std::string>& settings);
 
 /// All controls with their keys: {"tool": id, "controls": {key: value}}, where a value is a number, a text,
@@ -41,10 +41,10 @@ nlohmann::ordered_json SavedValue(const host::Input& control);
 /// Gives a tool the values and keys of another of its class. The tool does not react.
 void CopySettings(const host::Operator& from, host::Operator& to);
 
-/// Multiplies what a tool takes in pixels, as for pictures of another size. It does not react.
+/// Multiplies a tool's lengths in pixels, as for pictures of another size. The tool does not react.
 void ScaleLengths(host::Operator& op, double factor);
 
-/// Brings back what SaveSettings gave. The tool does not react, so every value ends as it was saved. Throws
+/// Restores what SaveSettings returned. The tool does not react, so every value ends as it was saved. Throws
 /// UsageError.
 void RestoreSettings(host::Operator& op, const nlohmann::json& saved);
 

@@ -17,7 +17,7 @@ nlohmann::json ReadSettingsFile(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw UsageError("'" + path + "': the settings cannot be read");
     nlohmann::json json = nlohmann::json::parse(file, nullptr, false);
-    if (json.is_discarded()) throw UsageError("'" + path + "': is no JSON");
+    if (json.is_discarded()) throw UsageError("'" + path + "': is not JSON");
     return json;
 }
 

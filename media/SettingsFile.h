@@ -8,13 +8,13 @@
 
 namespace media {
 
-/// What a file holds that SaveSettingsFile wrote. Throws UsageError.
+/// The contents of a file that SaveSettingsFile wrote. Throws UsageError.
 nlohmann::json ReadSettingsFile(const std::string& path);
 
-/// Writes what SaveStack or SaveSettings gave. Throws std::runtime_error.
+/// Writes what SaveStack or SaveSettings returned. Throws std::runtime_error.
 void WriteSettingsFile(const nlohmann::ordered_json& settings, const std::string& path);
 
-/// Takes the controls of all tools from such a file. Throws UsageError.
+/// Sets the controls of all tools from such a file. Throws UsageError.
 void LoadSettingsFile(Stack& stack, const std::string& path);
 
 /// Writes the tools and their controls with their keys. Throws std::runtime_error.

@@ -110,7 +110,7 @@ void Stack::Link(std::size_t stage, const std::string& link, Missing missing, st
     if (stage > 0 && input == MainInput(stage))
         throw UsageError("'" + link + "': the main picture of " + Op(stage).Name +
                          " is that of the tool before it");
-    if (Feeding(input)) throw UsageError("'" + link + "': the input " + input->Id() + " has a file already");
+    if (Feeding(input)) throw UsageError("'" + link + "': the input " + input->Id() + " already has a file");
     auto& feed = stages_[stage].clips[input] =
         std::make_unique<ClipFeed>(std::make_shared<Clip>(file, missing, aspect, options));
     input->Connect(feed.get());
@@ -171,12 +171,12 @@ void Stack::ChooseDepth(WorkingDepth depth, int frame) {
         try {
             floats |= MainClip().At(frame).image->PixelDepth >= host::Depth::Half;
         } catch (const FrameError&) {
-            // is told when the frame is rendered
+            // is reported when the frame is rendered
         }
     }
     for (std::size_t i = 0; i < Size(); ++i)
         FloatSwitch(Op(i)).SetSource(host::AutoNumber(floats).get(), host::kTimeNow, 1, nullptr);
-    // Between tools no more is lost than the words of the next one lose.
+    // Between tools nothing is lost beyond what the next one's words lose.
     if (Size() > 1) Feeding(MainInput(0))->Deepen(floats ? host::Depth::Float : host::Depth::Int16);
 }
 
@@ -202,7 +202,7 @@ void Stack::Forget(std::size_t from) {
 }
 
 std::shared_ptr<host::Image> Stack::Render(int frame) {
-    MainClip().At(frame); // tools run only where the main picture is there
+    MainClip().At(frame); // throws if the main picture is missing: tools run only with one
     document_.CurrentTime = frame;
     host::Request request(frame);
     Last().Render(&request);
@@ -215,7 +215,7 @@ std::shared_ptr<host::Image> Stack::Render(int frame) {
             return Share(image);
         }
     throw FrameError((Size() > 1 ? Last().Name : "the tool") +
-                     " gave no picture, perhaps for want of memory");
+                     " produced no picture, perhaps because memory ran out");
 }
 
 ordered_json SaveStack(const Stack& stack) {
@@ -229,7 +229,7 @@ std::vector<json> SavedTools(const json& saved) {
     if (!saved.is_object()) throw UsageError("the settings are not as k7 writes them");
     if (!saved.contains("tools")) return {saved};
     const json& tools = saved["tools"];
-    if (!tools.is_array() || tools.empty()) throw UsageError("\"tools\" is no list of tools");
+    if (!tools.is_array() || tools.empty()) throw UsageError("\"tools\" is not a list of tools");
     for (std::size_t i = 0; i < tools.size(); ++i)
         if (!tools[i].is_object() || !tools[i].contains("tool") || !tools[i]["tool"].is_string())
             throw UsageError("tool " + std::to_string(i + 1) + " has no name under \"tool\"");

@@ -21,7 +21,7 @@ struct Slot {
 };
 Slot slots[64];
 
-/// Where all slots are taken, or a name is longer than one, a file goes unnoted.
+/// If all slots are taken, or a name is too long for one, a file is not noted.
 void Note(const std::string& name) {
     if (name.size() >= sizeof slots[0].name) return;
     for (Slot& slot : slots) {
@@ -38,7 +38,7 @@ std::string HiddenName(const std::string& path) {
     if (::getrandom(&number, sizeof number, 0) != sizeof number) return "";
     char random[24];
     std::snprintf(random, sizeof random, "%016llx", static_cast<unsigned long long>(number));
-    constexpr std::size_t kMostStem = 200; // names of files have 255 bytes
+    constexpr std::size_t kMostStem = 200; // file names have at most 255 bytes
     const std::size_t name = path.find_last_of('/') + 1, dot = path.find_last_of('.');
     const std::string ending = dot != std::string::npos && dot > name ? path.substr(dot) : "";
     const std::string stem = path.substr(name, path.size() - name - ending.size()).substr(0, kMostStem);

@@ -4,16 +4,16 @@
 
 namespace media {
 
-// The files that are gone when the program is, however it ends.
+// Files that are removed when the program ends, however it ends.
 
-/// Creates an empty file beside `path`, under a hidden name that cannot be guessed and has the same ending,
-/// and notes it. Nobody else may read it. An empty name with errno set where that fails.
+/// Creates an empty file beside `path`, under a hidden name that cannot be guessed and has the same
+/// extension, and notes it. Nobody else may read it. If that fails, returns an empty name and sets errno.
 [[nodiscard]] std::string MakeTemporaryFile(const std::string& path);
 
-/// Forgets a file: it was moved to its place or removed.
+/// Forgets a file that was moved to its place or removed.
 void ForgetTemporaryFile(const std::string& name);
 
-/// Removes all that are noted. Safe in a signal handler.
+/// Removes all noted files. Safe in a signal handler.
 void RemoveTemporaryFiles();
 
 } // namespace media

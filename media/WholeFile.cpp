@@ -32,11 +32,11 @@ void WriteTo(const std::string& path, const std::vector<unsigned char>& bytes) {
         else if (errno != EINTR)
             error = errno;
     }
-    if (::close(file) != 0 && !error) error = errno; // a network drive may say so only now that it is full
+    if (::close(file) != 0 && !error) error = errno; // a network drive may report only now that it is full
     if (error) Fail(error);
 }
 
-/// Where a path leads when all links are followed, also one whose target is not there yet.
+/// Where a path leads when all links are followed, even if the target does not exist yet.
 std::string FollowLinks(const std::string& path) {
     std::error_code error;
     std::filesystem::path place = path;
@@ -65,15 +65,15 @@ WholeFile::WholeFile(const std::string& path) : place_(FollowLinks(path)) {
 }
 
 WholeFile::~WholeFile() {
-    ::unlink(temporary_.c_str()); // nothing is there any more after Finish
+    ::unlink(temporary_.c_str()); // after Finish there is nothing left to remove
     ForgetTemporaryFile(temporary_);
 }
 
-/// Those of the file that is replaced; for a new one what the user's mask leaves.
+/// Mode and owner of the file that is replaced; for a new one what the umask leaves.
 void WholeFile::TakeModeAndOwner() const {
     struct stat old = {};
     if (::stat(place_.c_str(), &old) == 0) {
-        // Only root may give files away: without that right the new file is the user's.
+        // Only root may change a file's owner: otherwise the new file is the user's.
         [[maybe_unused]] const int ignored = ::chown(temporary_.c_str(), old.st_uid, old.st_gid);
         ::chmod(temporary_.c_str(), old.st_mode & 07777);
         return;

@@ -5,9 +5,9 @@
 
 namespace media {
 
-/// A file in the making: it lies beside its later place under a hidden name of its own, and is gone with this
-/// object unless Finish was reached. A symbolic link is followed, and mode and owner of a file that is
-/// replaced stay. Devices and pipes are written to and never replaced.
+/// A file being written: it lies beside its final place under a hidden name, and is removed with this object
+/// unless Finish was called. Symbolic links are followed, and mode and owner of a file that is replaced are
+/// kept. Devices and pipes are written to and never replaced.
 class WholeFile {
 public:
     /// Throws FrameError.

@@ -6,7 +6,7 @@ namespace media {
 
 /// A rectangle of a file's pixels; y grows downward.
 struct Window {
-    int left, top, right, bottom; ///< right and bottom lie one outside
+    int left, top, right, bottom; ///< right and bottom are exclusive
 
     bool Holds(int x, int y) const { return x >= left && x < right && y >= top && y < bottom; }
     bool Holds(const Window& w) const {
@@ -14,7 +14,7 @@ struct Window {
     }
 };
 
-/// Where a file has pixels.
+/// The rectangle in which a file has pixels.
 inline Window DataWindow(const OIIO::ImageSpec& spec) {
     return {spec.x, spec.y, spec.x + spec.width, spec.y + spec.height};
 }

@@ -12,7 +12,8 @@ char Lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-/// Letters to insert, drop, exchange or swap with their neighbour until both words agree but for case.
+/// The number of letters to insert, drop, replace or swap with their neighbour until both words agree,
+/// ignoring case.
 std::size_t Distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> before, above(b.size() + 1), row(b.size() + 1);
     std::iota(above.begin(), above.end(), std::size_t{0});

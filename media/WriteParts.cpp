@@ -20,7 +20,7 @@ using host::Image;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-/// The data window with all pixels of the picture that are not black and transparent.
+/// The data window, enlarged by all pixels of the picture that are not black and transparent.
 Window Enlarged(const ImageSpec& spec, const Image& image) {
     Window window = DataWindow(spec);
     const Window data = window;
@@ -42,7 +42,7 @@ Window Enlarged(const ImageSpec& spec, const Image& image) {
     return window;
 }
 
-/// The worked part of the file: what it says of itself, and its pixels as they are stored.
+/// The part of the file that was worked on: its header, and its pixels as they are stored.
 class WorkedPart {
 public:
     WorkedPart(const Image& image, const Picture& like, const WriteOptions& options)
@@ -92,7 +92,7 @@ private:
         return !DisplayWindow(source_).Holds(DataWindow(source_));
     }
 
-    /// Where a channel lies in a pixel.
+    /// The offset of a channel in a pixel.
     static std::size_t Offset(const ImageSpec& spec, int channel) {
         return spec.pixel_bytes(0, channel, true);
     }

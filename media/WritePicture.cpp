@@ -52,7 +52,7 @@ std::vector<std::byte> Gather(const Image& image, int channels) {
     return pixels;
 }
 
-/// All that a file could hold, from what is wanted to what is farthest from it.
+/// All layouts that a file could have, from the wanted one to the one farthest from it.
 std::vector<Layout> NearestLayouts(const Layout& wanted) {
     static const std::array<std::vector<int>, 4> channels = {
         std::vector<int>{1, 3, 2, 4}, {2, 4, 1, 3}, {3, 4, 1}, {4, 3, 2, 1}};
@@ -68,7 +68,7 @@ std::vector<Layout> NearestLayouts(const Layout& wanted) {
     return layouts;
 }
 
-/// A picture of a layout and no more.
+/// A spec with only a layout.
 ImageSpec BareSpec(int width, int height, const Layout& layout) {
     ImageSpec spec(width, height, layout.channels, PixelType(layout.depth.depth));
     spec.alpha_channel = spec.nchannels % 2 ? -1 : spec.nchannels - 1;
@@ -78,7 +78,7 @@ ImageSpec BareSpec(int width, int height, const Layout& layout) {
     return spec;
 }
 
-/// What the file says of itself; leaves out what was true of the old pixels only.
+/// The metadata of the file, without what was true only of the old pixels.
 ImageSpec SpecFor(const Image& image, const Layout& layout, const Picture& like, const std::string& format,
                   const WriteOptions& options) {
     ImageSpec spec = BareSpec(image.Width, image.Height, layout);
@@ -93,16 +93,16 @@ ImageSpec SpecFor(const Image& image, const Layout& layout, const Picture& like,
         aspect != 1.0 || spec.find_attribute("PixelAspectRatio"))
         spec.attribute("PixelAspectRatio", static_cast<float>(aspect));
     spec.erase_attribute(kUnassociatedAlpha);
-    // Encoders that could multiply colours by alpha are told not to. In a TIFF file the word is true.
+    // Encoders that could multiply colours by alpha are told not to. In a TIFF file the tag is also true.
     if (format != "openexr" && (format != "tiff" || WritesStraightAlpha(format, like)))
         spec.attribute(kUnassociatedAlpha, 1);
-    if (format == "dpx") spec.erase_attribute("Orientation"); // it would turn sides that are not turned
+    if (format == "dpx") spec.erase_attribute("Orientation"); // it would rotate a picture that is upright
     SetCompression(spec, format, options, like);
     return spec;
 }
 
-/// The picture in the file's depth, its colours multiplied by alpha or not as the file has it, and for grey
-/// files in grey; the image itself where that is what it is.
+/// The picture in the file's depth, its colours multiplied by alpha or not as in the file, and grey for grey
+/// files; the image itself if nothing has to change.
 std::shared_ptr<const Image> Prepare(const Image& image, const Layout& layout, const Picture& like,
                                      const std::string& format) {
     const bool straight = like.straight && !like.multiplied;
@@ -128,11 +128,11 @@ Layout ChooseLayout(const std::string& name, const std::string& path, const Imag
             trial.Holds(path, BareSpec(kSide, kSide, layout)))
             return layout;
     }
-    OIIO::geterror(); // what the encoders said of layouts that they do not hold
-    throw FrameError("this format holds no such picture");
+    OIIO::geterror(); // drops the errors about layouts that were tried
+    throw FrameError("this format cannot hold such a picture");
 }
 
-/// What the source's file holds beyond a plain picture and `format` does not.
+/// What the source's file holds beyond a plain picture, and `format` cannot.
 std::string Losses(const Picture& like, const std::string& format) {
     if (!HasParts(like.format) || HasParts(format)) return "";
     const ImageSpec& spec = like.stored;
@@ -146,15 +146,15 @@ std::string Losses(const Picture& like, const std::string& format) {
     if (!channels.empty()) lose("the channels" + channels);
     if (spec.get_int_attribute("oiio:subimages") > 1) lose("the other parts");
     if (!DisplayWindow(spec).Holds(DataWindow(spec))) lose("the pixels beyond the frame");
-    if (spec.full_x || spec.full_y) lose("the place of the frame");
+    if (spec.full_x || spec.full_y) lose("the position of the frame");
     return losses;
 }
 
-/// A colour profile that the encoder takes offence at is left out.
+/// A colour profile that the encoder refuses is left out.
 void EncodeWithProfile(const std::string& name, Encoder& encoder, const std::string& path, ImageSpec spec,
                        const std::vector<std::byte>& pixels,
                        const std::function<void(const std::string&)>& warn) {
-    const Decoding quiet(name); // encoders write on standard error what they also report
+    const Decoding quiet(name); // encoders print on standard error what they also report
     try {
         return encoder.Encode(path, spec, pixels.data());
     } catch (const FrameError&) {
@@ -180,16 +180,15 @@ void WriteNearest(WholeFile& file, const std::string& name, const Image& image, 
         const ImageSpec spec = SpecFor(image, layout, like, encoder.Format(), options);
         EncodeWithProfile(name, encoder, file.TemporaryPath(), spec, Gather(*picture, layout.channels), warn);
         if (layout != wanted || !losses.empty())
-            warn(encoder.Format() + " files hold no " +
+            warn(encoder.Format() + " files cannot hold " +
                  (layout == wanted ? losses
                                    : Describe(wanted) + " pictures; writing " + Describe(layout) +
                                          (losses.empty() ? "" : ", without " + losses)));
     }
     if (encoder.Bytes().empty())
-        ReadPicture(file.TemporaryPath(),
-                    {.layer = {},
-                     .limits = {like.maxPixels, {}},
-                     .atLeast = {}}); // such encoders do not tell when the disk was full
+        ReadPicture(file.TemporaryPath(), {.layer = {},
+                                           .limits = {like.maxPixels, {}},
+                                           .atLeast = {}}); // such encoders do not report a full disk
     file.Finish(encoder.Bytes());
 }
 
@@ -198,8 +197,8 @@ void WriteNearest(WholeFile& file, const std::string& name, const Image& image, 
 void CheckCanWrite(const std::string& path, const WriteOptions& options) {
     const auto output = OIIO::ImageOutput::create(path);
     if (!output) {
-        OIIO::geterror(); // takes the message off the list; it says no more
-        throw UsageError("'" + path + "': no picture format goes by this ending");
+        OIIO::geterror(); // drops the message, which says no more
+        throw UsageError("'" + path + "': no picture format has this extension");
     }
     try {
         CheckOptions(output->format_name(), options);

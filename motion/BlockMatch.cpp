@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kBlockSide = 2 * kBlockHalf + 1;
 constexpr int kSearchSide = 2 * kSearchHalf + 1;
-constexpr int kWindowSide = kBlockSide + kSearchSide - 1; ///< what all candidates cover together
+constexpr int kWindowSide = kBlockSide + kSearchSide - 1; ///< the pixels that all candidates cover together
 
 /// An inclusive range of columns or rows.
 struct Span {
@@ -33,9 +33,9 @@ Span Clip(Span span, int offset, int size) {
 }
 
 // The cost of a candidate is the sum of absolute differences where a block lies over the level at an offset.
-// It is exact below `limit`; a candidate that is bound to reach the limit may stop at any sum from there on.
+// It is exact below `limit`; a candidate that is certain to reach the limit may return any sum from there on.
 
-/// The costs of a block, or of what the level's border has left of it.
+/// The costs of a block, or of the part of it that lies in the level.
 class AnyCandidates {
 public:
     AnyCandidates(const GreyLevel& current, const GreyLevel& previous, Span columns, Span rows)
@@ -69,7 +69,7 @@ __m128i Load(const std::uint8_t* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
 
-/// A whole block: a row of its 17 pixels is one vector and a pixel more. The last pixels of the rows make a
+/// A whole block: a row of its 17 pixels is one vector and one pixel. The last pixels of the rows form a
 /// column.
 struct Block {
     Block(const std::uint8_t* pixels, std::ptrdiff_t stride) {
@@ -87,11 +87,11 @@ int Sum(__m128i sums) {
     return _mm_cvtsi128_si32(_mm_add_epi64(sums, _mm_unpackhi_epi64(sums, sums)));
 }
 
-/// How many rows are summed between looks at the limit.
+/// How many rows are summed between checks of the limit.
 constexpr int kRowsAtOnce = 4;
 
-/// The same costs for a whole block whose candidates all lie inside of the level. `window` is the lowest
-/// corner that they reach, at (minX, minY) from the block's.
+/// The same costs for a whole block whose candidates all lie inside the level. `window` is the lowest corner
+/// that they reach, at (minX, minY) from the block's.
 class InnerCandidates {
 public:
     InnerCandidates(const Block& block, const std::uint8_t* window, std::ptrdiff_t stride, int minX, int minY)
@@ -133,7 +133,7 @@ private:
 };
 
 /// The same for a whole block whose candidates reach over the level's border. Pixels of the block that have
-/// nothing to be compared with are taken out by a mask, against a window that is 0 there.
+/// nothing to be compared with are masked out, and the window is 0 there.
 class BorderCandidates {
 public:
     BorderCandidates(const Block& block, const GreyLevel& level, int windowX, int windowY, int minX, int minY)
@@ -185,7 +185,7 @@ struct Point {
     int y;
 };
 
-/// The best offset round `move`.
+/// The best offset around `move`.
 template <class Candidates>
 Point Search(const Candidates& candidates, Point move) {
     // The guess itself is often close to the best. Its cost is a bound that ends most candidates early, and
@@ -198,7 +198,7 @@ Point Search(const Candidates& candidates, Point move) {
             if (cost >= best) continue;
             best = cost;
             found = {x, y};
-            if (best == 0) return found; // nothing later is less
+            if (best == 0) return found; // nothing later can be less
         }
     return found;
 }
@@ -218,7 +218,7 @@ Point SearchWhole(const GreyLevel& current, const GreyLevel& previous, Point cor
 }
 #endif
 
-/// The best offset of what the level holds of a block.
+/// The best offset of the part of a block that lies in the level.
 Point SearchBlock(const GreyLevel& current, const GreyLevel& previous, Span columns, Span rows, Point move) {
 #ifdef __SSE2__
     if (columns.Count() == kBlockSide && rows.Count() == kBlockSide)

@@ -21,12 +21,12 @@ constexpr float kStill = 0.0001f;
 constexpr float kMostWeight = 1e25f;
 constexpr float kMostScale = 1e9f;
 
-/// Weight from which a pixel needs no more of the coarser levels, and below which it has got nothing.
+/// Weight from which a pixel needs nothing from the coarser levels, and below which it counts as empty.
 constexpr double kFullWeight = 0.9995;
 constexpr double kNoWeight = 0.0001;
 
 float Bound(float value, float low, float high) {
-    return value > low ? std::min(value, high) : low; // NaN gives low
+    return value > low ? std::min(value, high) : low; // NaN becomes low
 }
 
 std::size_t Cell(int x, int y, int width) {
@@ -43,7 +43,7 @@ void StoreMean(u16* pixel, Float4 mean) {
     for (int c = 0; c < kChannels; ++c) pixel[c] = ClampWord(words[c] - roundsUp[c]);
 }
 
-/// The mean of what a pixel has got, words rounded; opaque black where it has got nothing.
+/// The mean of what a pixel has received, rounded for words; opaque black if it has received nothing.
 template <class Sample>
 void StorePixel(Sample* pixel, Float4 sum, float weight) {
     if (weight <= kNoWeight) {
@@ -81,7 +81,7 @@ public:
         std::fill_n(canvas_.Weight + start, cells, 0.0f);
     }
 
-    /// Whether anything that starts in a row can come into the rows to be filled.
+    /// Whether anything that starts in a row can reach the rows to be filled.
     bool Touches(int y, RowReach reach) const {
         const float a = PathEnd(y, paths_.Scale * reach.low, endY_);
         const float b = PathEnd(y, paths_.Scale * reach.high, endY_);
@@ -108,7 +108,7 @@ private:
         return position;
     }
 
-    /// Which paths a part takes; the same for all of its rows.
+    /// Which paths a part draws; the same for all of its rows.
     bool Takes(int y, float end) const {
         const float start = static_cast<float>(y);
         return std::max(start, end) >= static_cast<float>(part_.first) &&
@@ -141,11 +141,11 @@ private:
         const float startX = static_cast<float>(x);
         const float startY = static_cast<float>(y);
 
-        // The colour turns into what the vector points at, however far the path goes.
+        // The colour changes into what the vector points at, however far the path goes.
         const Float4 colour = LoadPixel(previous_.Rows[y] + kChannels * x);
         const Float4 change = Between(PathEnd(x, dx, endX_), PathEnd(y, dy, endY_)) - colour;
 
-        // Lay a sample and a half for each pixel of the path.
+        // Lay one and a half samples per pixel of the path.
         const float pathX = endX - startX;
         const float pathY = endY - startY;
         const float wanted = (std::sqrt(pathX * pathX + pathY * pathY) + 1.0f) * 1.5f;
@@ -197,7 +197,7 @@ private:
 };
 
 bool BlurRenderer::MakeBuffers(int width, int height, int number) {
-    // Halve until a side is gone or the table is full.
+    // Halve until a side is empty or the table is full.
     std::size_t starts[kLevels] = {};
     std::size_t coarse = 0;
     levelCount_ = 0;
@@ -223,13 +223,13 @@ bool BlurRenderer::MakeBuffers(int width, int height, int number) {
 template <class Sample>
 void BlurRenderer::RenderBlur(PluginK7& core, PictureK7<Sample>& output, const PictureK7<Sample>& previous,
                               const PictureK7<Sample>& current, const MotionField& field, BlurPaths paths) {
-    // Hold the settings to what the sums can bear.
+    // Clamp the settings to what the sums can hold.
     paths.StepLimit = std::max(paths.StepLimit, 2);
     paths.StartWeight = Bound(paths.StartWeight, 1.0f, kMostWeight);
     paths.EndWeight = Bound(paths.EndWeight, 1.0f, kMostWeight);
     paths.Scale = std::isnan(paths.Scale) ? 0.0f : std::clamp(paths.Scale, -kMostScale, kMostScale);
 
-    // Fill the canvas. A worker owns its rows of it, but paths come into them from anywhere in the frame.
+    // Fill the canvas. A worker owns its rows of it, but paths enter them from anywhere in the frame.
     const int parts = core.Division();
     const int height = field.Height;
     RunRows(core, height, [&](int first, int last) {

@@ -21,14 +21,14 @@ struct BlurPaths {
 /// frame. Gaps between the paths are filled from coarser copies of the canvas.
 class BlurRenderer {
 public:
-    /// Makes what frames of a size need. Buffers are numbered from `number` on in the message. False without
-    /// memory.
+    /// Allocates what frames of a size need. Messages number the buffers from `number` on. False if
+    /// allocation fails.
     [[nodiscard]] bool MakeBuffers(int width, int height, int number);
 
     /// Fills `output`; all pictures and the field have the buffers' size. Vectors of pictures less than 3
-    /// pixels wide or high must be zero. Every part into which the owner divides a frame drops the share that
-    /// a path's end less than a row below it would give to its first row, so that the division shows there;
-    /// the number of threads does not. `core` gives both.
+    /// pixels wide or high must be zero. Each part into which the owner divides a frame drops what a path
+    /// that ends less than a row below it would add to its first row, so the result depends on the division,
+    /// but not on the number of threads. `core` knows both.
     template <class Sample>
     void RenderBlur(PluginK7& core, PictureK7<Sample>& output, const PictureK7<Sample>& previous,
                     const PictureK7<Sample>& current, const MotionField& field, BlurPaths paths);
@@ -62,7 +62,7 @@ private:
     Level levels_[kLevels];
     ImageBuffer<float> colour_; ///< of the canvas
     ImageBuffer<float> weight_;
-    ImageBuffer<float> coarseColour_; ///< of the levels above it, one behind the other
+    ImageBuffer<float> coarseColour_; ///< of the levels above it, contiguous
     ImageBuffer<float> coarseWeight_;
     ImageBuffer<RowReach> reach_;
 };

@@ -72,7 +72,7 @@ private:
     }
 
     void BlurRow(int y) {
-        // Turn luma into grey, with the edge pixels repeated to both sides.
+        // Convert luma to grey, with the edge pixels repeated to both sides.
         const float scale = 255.0f / static_cast<float>(range_.high - range_.low);
         float* grey = padded_.data() + half_;
         const Sample* pixel = picture_.Rows[y];
@@ -147,7 +147,7 @@ template LumaRange FindLumaRange(PluginK7&, const K7Image&, const K7Image&);
 template LumaRange FindLumaRange(PluginK7&, const FloatImageK7&, const FloatImageK7&);
 
 Buffer<float> MakeBlurKernel(float size) {
-    // Weights fall from the middle out: keep those up to the last one that counts.
+    // Weights decrease from the middle outward: keep those up to the last one that counts.
     const float reach = size > 0.01f ? size : 0.01f;
     const float sigma = reach / 3.0f;
     const int end = Trunc(std::ceil(reach));

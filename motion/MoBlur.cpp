@@ -8,7 +8,7 @@ namespace k7 {
 
 namespace {
 
-/// Every so many pixels a vector is drawn, with a head of this size.
+/// Spacing of the vectors that are drawn, in pixels, and the size of their heads.
 constexpr int kArrowStep = 10;
 constexpr float kArrowSize = 0.3f;
 
@@ -22,11 +22,11 @@ bool HasSize(const std::unique_ptr<PictureK7<Sample>>& image, int width, int hei
     return image && image->Width == width && image->Height == height;
 }
 
-/// Makes an image of a size unless it is there. False without memory.
+/// Makes an image of a size unless it exists. False if allocation fails.
 template <class Sample>
 bool MakeImage(std::unique_ptr<PictureK7<Sample>>& image, int width, int height) {
     if (HasSize(image, width, height)) return true;
-    image = nullptr; // first, so that the two do not need memory at once
+    image = nullptr; // first, so that two do not exist at once
     image = PictureK7<Sample>::Make(width, height);
     return image != nullptr;
 }
@@ -76,7 +76,7 @@ void MoBlur::RenderFrame(const PictureK7<Sample>& current, PictureK7<Sample>& ou
     search.FirstRow = region.FirstRow;
     search.LastRow = region.LastRow;
     const MotionField* field = estimator_.EstimateMotion(*this, previous, current, search);
-    if (!field || IsAborted()) return; // the output still is the copy of the input
+    if (!field || IsAborted()) return; // the output is still the copy of the input
 
     BlurPaths paths;
     paths.StepLimit = Trunc(Maps.Value + 1.0);
@@ -96,7 +96,7 @@ bool MoBlur::MakeBuffers(int width, int height) {
         renderer_.MakeBuffers(width, height, MotionEstimator::kBuffers))
         return true;
 
-    // Give back what was made; the next frame tries again.
+    // Free what was made; the next frame tries again.
     kept = nullptr;
     estimator_ = {};
     renderer_ = {};
@@ -145,7 +145,7 @@ MoBlur::Box MoBlur::BrightBox(const K7Image& picture) const {
         return Brightness16(pixel[0], pixel[1], pixel[2]) > limit;
     };
 
-    // Only what lies outside of the box so far can widen it.
+    // Only pixels outside the box so far can widen it.
     Box box = {picture.Width, -1, picture.Height, -1};
     for (int y = 0; y < picture.Height; ++y) {
         int x = 0;

@@ -14,7 +14,7 @@ namespace k7 {
 
 struct MoBlurInfo {
     ImageInputK7 ImageInput;
-    ImageInputK7 MatteInput; ///< only its Input: what the automatic bound is found in
+    ImageInputK7 MatteInput; ///< only its Input is used: the matte in which the automatic bound is found
     ImageOutputK7 Output;
 
     CrosshairOverlayK7 CentreWidget;
@@ -37,8 +37,8 @@ struct MoBlurInfo {
     FloatControlK7 YSle;
 };
 
-/// Motion blur for what moves: finds the motion from the frame before to this one and smears the frame before
-/// along it. Frames can be rendered in any order; nothing that one leaves behind enters another.
+/// Motion blur for what moves: finds the motion from the previous frame to this one and smears the previous
+/// frame along it. Frames can be rendered in any order: no frame depends on what another has left behind.
 class MoBlur : public PluginK7, public MoBlurInfo, public OverlayK7 {
 public:
     void Process() override;
@@ -53,7 +53,7 @@ public:
     void Event(int event, float x, float y) override;
 
 private:
-    /// Inclusive ranges of pixels; ends may lie outside of the frame.
+    /// Inclusive ranges of pixels; ends may lie outside the frame.
     struct Box {
         int FirstColumn;
         int LastColumn;
@@ -83,13 +83,14 @@ private:
 
     Kept<u16> boundsFrame_; ///< the frame that the automatic bound scans, in words: it is compared, not shown
 
-    /// Frame t - 1 in the depth of the last frame; while it is there, all buffers have its size.
+    /// Frame t - 1 in the depth of the last frame; while it exists, all buffers have its size.
     std::variant<Kept<u16>, Kept<float>> previousFrame_;
     MotionEstimator estimator_;
     BlurRenderer renderer_;
 
-    std::mutex fieldMutex_;              ///< guards what Draw shows
-    const MotionField* field_ = nullptr; ///< the last frame's; null while one is in work or passed through
+    std::mutex fieldMutex_; ///< guards what Draw shows
+    const MotionField* field_ =
+        nullptr; ///< the last frame's; null while one is in progress, or if it passed through
     bool showVectors_ = false;
 };
 

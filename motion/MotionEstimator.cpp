@@ -21,7 +21,7 @@ constexpr int kGridStart = 8;
 /// Grey values that differ by less than this have not changed.
 constexpr int kStillLimit = 1;
 
-/// Pixels to which the blur before the comparison is held, where the picture itself is not larger.
+/// The largest blur before the comparison, in pixels, unless the picture itself is larger.
 constexpr int kWidestBlur = 4096;
 
 /// Squared length up to which a vector, or a mean of vectors, counts as none.
@@ -54,9 +54,9 @@ template <class Sample>
 const MotionField* MotionEstimator::EstimateMotion(PluginK7& core, const PictureK7<Sample>& previous,
                                                    const PictureK7<Sample>& current,
                                                    const MotionSearch& search) {
-    // Grey frames over their joint range, so that a global fade between them stays in.
+    // Grey frames over their joint range, so that a global fade between them is preserved.
     const LumaRange range = FindLumaRange(core, previous, current);
-    if (core.IsAborted()) return nullptr; // the range may be that of no pixel at all
+    if (core.IsAborted()) return nullptr; // the range may be empty
     const auto widest = static_cast<float>(std::max({field_.Width, field_.Height, kWidestBlur}));
     const Buffer<float> kernel = MakeBlurKernel(std::min(search.PreBlur, widest));
     for (int i = 0; i < 2 && range.low == range.high; ++i)
@@ -94,13 +94,13 @@ template const MotionField* MotionEstimator::EstimateMotion(PluginK7&, const Flo
 MotionEstimator::GridSpan MotionEstimator::Region(int low, int high, int points) {
     if (low > high) std::swap(low, high);
     low = std::max(low, 0);
-    high = std::max(high, -kGridStep); // no point lies that low; keeps the difference in range
+    high = std::max(high, -kGridStep); // no point is that low; keeps the difference in range
     return {(low - kGridStart) / kGridStep, std::min((high - kGridStart) / kGridStep + 1, points)};
 }
 
 void MotionEstimator::SearchGrid(PluginK7& core, GridSpan columns, GridSpan rows) {
     if (cellColumns_ == 0 || cellRows_ == 0) return;
-    // Spread the points and not the rows of the frame: a small region then keeps all threads busy too.
+    // Divide the points, not the rows of the frame: a small region then keeps all threads busy too.
     const int count = columns.Count();
     RunRows(core, count * rows.Count(), [&](int first, int last) {
         for (int i = first; i <= last && !core.IsAborted(); ++i) {
@@ -113,7 +113,7 @@ void MotionEstimator::SearchGrid(PluginK7& core, GridSpan columns, GridSpan rows
 }
 
 MotionEstimator::Vector MotionEstimator::SearchPoint(int x, int y) const {
-    // Begin on the coarsest level on which the block keeps clear of the border.
+    // Begin on the coarsest level on which the block does not touch the border.
     const int border = std::min({x, field_.Width - 1 - x, y, field_.Height - 1 - y});
     int level = GreyPyramid::kLevels - 1;
     while (level > 0 && border <= kBlockHalf << level) --level;
@@ -132,8 +132,8 @@ MotionEstimator::Vector MotionEstimator::SearchPoint(int x, int y) const {
 }
 
 void MotionEstimator::FilterOutliers(float limit) {
-    // Collect first and copy then, so that all points see their neighbours unfiltered. The outermost points
-    // lack neighbours and stay.
+    // Collect first, then copy, so that all points see their neighbours unfiltered. The outermost points lack
+    // neighbours and stay unchanged.
     if (cellColumns_ == 0 || cellRows_ == 0) return;
     const std::size_t stride = static_cast<std::size_t>(cellColumns_) + 1;
     std::memcpy(filtered_.data(), grid_.data(), grid_.size() * sizeof(Vector));
@@ -156,7 +156,8 @@ MotionEstimator::Vector MotionEstimator::Filtered(const Vector* point, float lim
         squares += square(v);
     }
 
-    // A vector gives way both when it stands out from a quiet surrounding and when it stands still in motion.
+    // A vector is replaced both if it stands out from quiet surroundings and if it is still among moving
+    // ones.
     const float mean = squares * 0.125f;
     const float own = square(*point);
     float ratio = 0.0f;

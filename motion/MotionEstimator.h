@@ -13,25 +13,25 @@ class PluginK7;
 struct MotionSearch {
     float PreBlur = 0.0f; ///< reach of the Gaussian on the grey frames, in pixels
     float OutlierLimit =
-        0.0f;            ///< ratio of squared lengths from which a vector gives way to its neighbours' mean
-    int FirstColumn = 0; ///< the region, in pixels; ends may be swapped or outside of the frame
+        0.0f;            ///< ratio of squared lengths from which a vector is replaced by its neighbours' mean
+    int FirstColumn = 0; ///< the region, in pixels; ends may be swapped or outside the frame
     int LastColumn = 0;
     int FirstRow = 0;
     int LastRow = 0;
 };
 
 /// Motion between two frames by hierarchical block matching on a sparse grid, spread over all pixels. Pixels
-/// that have not changed do not move. The same pictures give the same field, on any number of threads.
+/// that have not changed do not move. The same pictures produce the same field on any number of threads.
 class MotionEstimator {
 public:
     /// The number of buffers that MakeBuffers makes, counted from 0 in its messages.
     static constexpr int kBuffers = 6;
 
-    /// Makes what frames of a size need. False, after a message, without memory.
+    /// Allocates what frames of a size need. False, after a message, if that fails.
     [[nodiscard]] bool MakeBuffers(int width, int height);
 
-    /// The vectors from `previous` to `current`, both of the buffers' size, or null without memory for the
-    /// blur. The field is good until the next call. `core` gives the threads.
+    /// The vectors from `previous` to `current`, both of the buffers' size, or null if the allocation for the
+    /// blur fails. The field is valid until the next call. `core` provides the threads.
     template <class Sample>
     const MotionField* EstimateMotion(PluginK7& core, const PictureK7<Sample>& previous,
                                       const PictureK7<Sample>& current, const MotionSearch& search);

@@ -2,8 +2,8 @@
 
 namespace k7 {
 
-/// One vector for each pixel, row after row: how far the picture's content there moves from one frame to the
-/// next, in pixels. The planes belong to the estimator that made them.
+/// One vector per pixel, row by row: how far the picture's content there moves from one frame to the next, in
+/// pixels. The planes belong to the estimator that made them.
 struct MotionField {
     int Width = 0;
     int Height = 0;

@@ -7,7 +7,7 @@
 
 namespace k7 {
 
-/// Makes a work buffer of the motion tools. Without memory it says so with the buffer's number and returns
+/// Allocates a work buffer of the motion tools. If that fails it reports the buffer's number and returns
 /// false.
 template <class T>
 bool MakeWorkBuffer(ImageBuffer<T>& buffer, std::size_t count, int number) {

@@ -17,7 +17,7 @@ inline constexpr Status kErrMemory = 8;
 inline constexpr Status kReplyDefault = 14;
 inline constexpr Status kImageFormat = 1000;
 
-// What the host hands out, to be passed back unseen.
+// Opaque handles of the host.
 using PropertySet = struct PropertySetTag*;
 using Effect = struct EffectTag*;
 using ParamSet = struct ParamSetTag*;
@@ -118,7 +118,7 @@ struct MultiThreadSuite {
     Unused mutexTryLock;
 };
 
-/// Version 2 begins with version 1's member.
+/// Version 2 begins with the member of version 1.
 struct MessageSuite {
     Status (*message)(void* handle, const char* type, const char* id, const char* format, ...);
     Status (*setPersistentMessage)(void* handle, const char* type, const char* id, const char* format, ...);

@@ -11,7 +11,7 @@ namespace ofx {
 using host::Input;
 
 Status Instance::Changed(const Properties& arguments) {
-    // What the host's time, plug-ins and loading change has no reactions.
+    // Changes by the host's time, by plug-ins and by loading have no reactions.
     const bool byUser = arguments.Get(kPropChangeReason, "") == kChangeUserEdited;
     if (!byUser || arguments.Get(kPropType, "") != kTypeParameter) return kOk;
     const std::string name = arguments.Get(kPropName, "");
@@ -39,7 +39,7 @@ void SetSides(const Properties& answers, const std::string& name, const RectD& b
 
 } // namespace
 
-/// A frame is made of whole pictures.
+/// Frames are computed from whole pictures.
 Status Instance::AskForRegions(const Properties& arguments, const Properties& answers) {
     const double time = arguments.Get(kPropTime, 0.0);
     for (const Link& link : links_) {
@@ -54,7 +54,7 @@ Status Instance::AskForRegions(const Properties& arguments, const Properties& an
 Status Instance::AskForFrames(const Properties& arguments, const Properties& answers) {
     if (plan_.framesBefore == 0) return kReplyDefault;
     const double time = arguments.Get(kPropTime, 0.0);
-    // Tools read other times within the clip only, and as many frames at its ends as in its middle.
+    // Tools clamp other times to the clip, and read as many frames at its ends as in its middle.
     const host::TimeExtent extent = Extent();
     const auto within = [&](double at) { return std::max(std::min(at, extent.End - 1.0), extent.Start); };
     const double start = within(time - plan_.framesBefore);

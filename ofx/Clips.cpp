@@ -81,7 +81,7 @@ std::byte* HostPicture::At(int x, int y) const {
 
 namespace {
 
-/// Rows are shared out in bands of this many, which is worth a thread's while.
+/// Rows are divided into bands of this many, enough work for a thread.
 constexpr int kBand = 64;
 
 void ForRows(int first, int end, const std::function<void(int y)>& row) {
@@ -92,7 +92,7 @@ void ForRows(int first, int end, const std::function<void(int y)>& row) {
     });
 }
 
-/// What alpha is where a picture has none: 1.0 in each depth.
+/// Alpha of a picture without alpha: 1.0 in each depth.
 void PutOpaque(std::byte* at, Depth depth) {
     const float whole = 1.0f;
     const std::uint16_t half = 0x3c00, word = 0xffff;
@@ -154,7 +154,7 @@ Image* ClipFrames::ImageAt(double time) {
         image->AspectX = picture.aspect;
         return image;
     } catch (const Failure& failure) {
-        if (failure.status != kFailed) refusals_.Note(failure); // else a time at which there is nothing
+        if (failure.status != kFailed) refusals_.Note(failure); // otherwise a time without a picture
         return nullptr;
     }
 }

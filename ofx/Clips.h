@@ -13,12 +13,12 @@
 
 namespace ofx {
 
-Box Common(const Box& a, const Box& b); ///< what lies in both; may be empty
+Box Common(const Box& a, const Box& b); ///< the intersection; may be empty
 
-/// A picture of the host's, which is given back when this ends.
+/// A picture of the host's, released with this object.
 class HostPicture {
 public:
-    /// Throws Failure where there is no picture, or one that cannot be read.
+    /// Throws Failure if there is no picture, or it cannot be read.
     HostPicture(Clip clip, double time);
     HostPicture(const HostPicture&) = delete;
     HostPicture& operator=(const HostPicture&) = delete;
@@ -26,7 +26,7 @@ public:
 
     std::byte* At(int x, int y) const;
 
-    Box bounds; ///< of the pixels that are there
+    Box bounds; ///< of the pixels that exist
     Box region; ///< of the whole picture
     host::Depth depth = host::Depth::Float;
     int channels = 4;            ///< 3 or 4
@@ -41,20 +41,20 @@ private:
     std::byte* data_ = nullptr;
 };
 
-/// The pictures of a clip during one render, as an input of a tool asks for them. Each is the frame's size:
-/// what lies elsewhere is cut off, what is missing is empty.
+/// The pictures of a clip during one render, as an input of a tool reads them. Each has the frame's size:
+/// what lies outside is cut off, what is missing is empty.
 class ClipFrames : public host::ImageProvider {
 public:
     ClipFrames(Clip clip, Refusals& refusals) : clip_(clip), refusals_(refusals) {}
 
-    /// Null where the clip has nothing, or what it has cannot be had; of the latter a note is taken.
+    /// Null if the clip has no picture, or it cannot be read; the latter is noted.
     host::Image* ImageAt(double time) override;
 
     /// From now on pictures are of this frame.
     void Begin(const Box& frame) { frame_ = frame; }
-    /// Gives all pictures back. None of the images may be used any more.
+    /// Releases all pictures. None of the images may be used any more.
     void End() { pictures_.clear(); }
-    /// The picture of a time; it stays until End. Throws Failure.
+    /// The picture at a time, valid until End. Throws Failure.
     const HostPicture& At(double time);
 
 private:
@@ -64,10 +64,10 @@ private:
     std::map<double, std::unique_ptr<HostPicture>> pictures_;
 };
 
-/// Copies what a box holds from the tool's picture, whose corner lies at `frame`'s, to the host's; what lies
-/// beyond the picture becomes empty.
+/// Copies the pixels of a box from the tool's picture, whose corner is that of `frame`, to the host's; pixels
+/// outside the picture become empty.
 void WriteResult(const host::Image& result, const Box& frame, const HostPicture& to, const Box& window);
-/// Empties a box.
+/// Fills a box with transparent black.
 void Clear(const HostPicture& picture, const Box& window);
 
 } // namespace ofx

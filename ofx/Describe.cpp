@@ -20,7 +20,7 @@ std::string PlainName(const host::Registry& tool) {
 
 namespace {
 
-/// Stands for "no limit": hosts take the very largest numbers badly.
+/// Stands for "no limit": hosts handle the very largest numbers badly.
 constexpr double kNoLimit = 1e9;
 
 host::Ref<host::Operator> NewTool(const host::Registry& tool) {
@@ -33,7 +33,7 @@ void SetDepths(const Properties& effect) {
     int i = 0;
     for (const char* depth : {kDepthByte, kDepthShort, kDepthFloat})
         effect.Set(kSupportedPixelDepths, depth, i++);
-    effect.Try(kSupportedPixelDepths, kDepthHalf, i); // which the first hosts of the standard do not know
+    effect.Try(kSupportedPixelDepths, kDepthHalf, i); // not known to the oldest hosts of the standard
 }
 
 Properties DefineClip(Effect effect, const char* name, bool temporal) {
@@ -74,7 +74,7 @@ Range FullRange(const Input& input) {
     return {input.HasAttr(host::kTagLowest) ? input.GetAttrD(host::kTagLowest) : -kNoLimit,
             input.HasAttr(host::kTagHighest) ? input.GetAttrD(host::kTagHighest) : kNoLimit};
 }
-/// The slider's range; without one, what reaches from nothing to twice the default.
+/// The slider's range; without one, from 0 to twice the default.
 Range ShownRange(const Input& input) {
     if (input.HasAttr(host::kTagShownLow) && input.HasAttr(host::kTagShownHigh))
         return {input.GetAttrD(host::kTagShownLow), input.GetAttrD(host::kTagShownHigh)};
@@ -191,7 +191,7 @@ void DefineParameters(ParamSet set, const ToolPlan& plan, const std::string& eff
     }
 }
 
-/// Pages stand beside the groups in hosts that have them.
+/// Hosts that have pages show them besides the groups.
 void DefinePages(ParamSet set, const host::Operator& op, const ToolPlan& plan) {
     if (Properties(TheHost().hostProperties).Get(kHostMaxPages, 0) < static_cast<int>(op.Pages().size()))
         return;

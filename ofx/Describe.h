@@ -5,11 +5,11 @@
 
 namespace ofx {
 
-/// What the describe actions tell of a tool. They throw Failure.
+/// What the describe actions say about a tool. They throw Failure.
 void Describe(const host::Registry& tool, Effect effect);
 void DescribeInContext(const host::Registry& tool, Effect effect);
 
-/// "Clean" of the class "K7.Clean".
+/// "Clean" for the class "K7.Clean".
 std::string PlainName(const host::Registry& tool);
 
 } // namespace ofx

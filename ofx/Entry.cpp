@@ -1,4 +1,4 @@
-// What the host finds in the bundle: a plug-in for each tool in the registry.
+// What the host finds in the bundle: one plug-in for each tool in the registry.
 
 #include "ofx/Describe.h"
 #include "ofx/Instance.h"
@@ -31,7 +31,7 @@ bool Is(const char* action, const char* name) {
 
 using Answer = Status (*)(Instance&, const Properties& arguments, const Properties& answers);
 
-/// The actions upon an instance. In those that write the standard lets a plug-in change parameters.
+/// The actions of an instance. In those with `writes` the standard allows a plug-in to change parameters.
 struct InstanceAction {
     const char* name;
     bool writes;
@@ -94,7 +94,7 @@ Status Run(const host::Registry& tool, const char* action, Effect effect, Proper
     return kReplyDefault;
 }
 
-/// The border: no exception goes beyond it.
+/// The boundary: no exception passes it.
 Status RunGuarded(const host::Registry& tool, const char* action, const void* handle, PropertySet inArgs,
                   PropertySet outArgs) {
     auto effect = static_cast<Effect>(const_cast<void*>(handle));
@@ -117,7 +117,7 @@ Status RunGuarded(const host::Registry& tool, const char* action, const void* ha
     return status;
 }
 
-// The standard passes no plug-in to an entry point, so that each plug-in needs one of its own.
+// The standard does not pass the plug-in to its entry point, so each plug-in needs one of its own.
 
 std::vector<host::Registry*> Tools() {
     std::vector<host::Registry*> tools = host::ClassRegistry().Entries();

@@ -59,7 +59,7 @@ private:
     bool closed_ = false;
 };
 
-thread_local Desk* desk = nullptr; ///< where the work on this thread brings its errands
+thread_local Desk* desk = nullptr; ///< where work on this thread leaves its calls to the host
 
 } // namespace
 
@@ -78,7 +78,7 @@ void WorkAside(const std::function<void()>& work, const std::function<void()>& p
             desk = nullptr;
             ours.Close();
         });
-    } catch (const std::system_error&) { // the system has no more threads
+    } catch (const std::system_error&) { // the system is out of threads
         poll();
         return work();
     }

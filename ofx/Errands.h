@@ -4,10 +4,11 @@
 
 namespace ofx {
 
-/// Hosts answer on the render thread only, and want to be asked there whether a frame is still needed. So a
-/// frame is worked on by a thread of its own; the render thread waits for it, asks, and does its errands.
+/// Hosts answer only on the render thread, and expect to be asked there whether a frame is still needed. So a
+/// frame is rendered on a thread of its own; the render thread waits for it, asks, and makes its calls to the
+/// host.
 
-/// Runs `work` on another thread, and `poll` on this one at least every 10 ms until it is done. Throws what
+/// Runs `work` on another thread, and `poll` on this one at least every 10 ms until it is done. Rethrows what
 /// the work throws.
 void WorkAside(const std::function<void()>& work, const std::function<void()>& poll);
 

@@ -10,8 +10,8 @@
 
 namespace ofx {
 
-/// What the host refused while a tool was at work. Tools know nothing of failing hosts: they go on with what
-/// they have, and the action ends with the first refusal. Any thread may note one.
+/// What the host refused while a tool was working. Tools know nothing of failing hosts: they continue with
+/// what they have, and the action ends with the first refusal. Any thread may note one.
 class Refusals {
 public:
     void Note(const Failure& failure);
@@ -24,17 +24,17 @@ private:
     std::optional<Failure> first_;
 };
 
-/// Writes to a host's parameters. The standard allows them in some actions only, on that action's thread;
-/// what comes at another moment waits for the next such action.
+/// Writes to a host's parameters. The standard allows them only in some actions, on that action's thread;
+/// other writes wait for the next such action.
 class WriteQueue {
 public:
     explicit WriteQueue(Refusals& refusals) : refusals_(refusals) {}
 
     using Write = std::function<void()>;
-    /// Makes the write, now or later. A Failure of it is noted.
+    /// Makes the write, now or later. If it throws Failure, that is noted.
     void Take(Write write);
 
-    /// While one lives, its thread may write; what has waited is written at its start.
+    /// For its lifetime its thread may write; its constructor makes the writes that have waited.
     class Allowed {
     public:
         explicit Allowed(WriteQueue& queue);
@@ -53,11 +53,11 @@ private:
     std::deque<Write> waiting_;
 };
 
-/// What the values of an instance share.
+/// State that the values of an instance share.
 struct Exchange {
     Refusals refusals;
     WriteQueue writes{refusals};
-    /// What lengths in pixels are multiplied by in the frame that is being rendered, a proxy perhaps.
+    /// The scale of lengths in pixels in the frame being rendered, which may be a proxy.
     std::atomic<double> pixelScale = 1.0;
 };
 

@@ -4,7 +4,7 @@
 
 namespace ofx {
 
-/// What the tool's page says of a control. The table is made from the pages by the build.
+/// What the tool's page says about a control. The build makes the table from the pages.
 struct Hint {
     const char* effect;
     const char* label;

@@ -27,7 +27,7 @@ void HostDocument::CloseStep() {
     EndUndo(true);
 }
 
-// Messages, which may come from any thread.
+// Messages, from any thread.
 
 namespace {
 
@@ -51,7 +51,7 @@ std::string TakeMessage(const host::Operator& op) {
 void HearMessages() {
     host::GetApp()->SetMessageListener([](const host::Operator& op, const std::string& text) {
         const std::lock_guard lock(messagesMutex);
-        Messages()[&op] = text; // the latest stands for all
+        Messages()[&op] = text; // only the latest is kept
     });
 }
 
@@ -68,7 +68,7 @@ void Instance::Settle() {
 
 namespace {
 
-// By their handles, so that an instance can be destroyed also where the host's properties fail.
+// By their handles, so that an instance can be destroyed even if the host's properties fail.
 std::mutex instancesMutex;
 std::map<Effect, Instance*>& Instances() {
     static std::map<Effect, Instance*> instances;

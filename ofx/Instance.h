@@ -16,13 +16,13 @@
 
 namespace ofx {
 
-/// Hands undo steps on to the host.
+/// Passes undo steps on to the host.
 class HostDocument : public host::FusionDoc {
 public:
     explicit HostDocument(ParamSet parameters) : parameters_(parameters) {}
     void StartUndo(const std::string& title, host::Input* input) override;
     void EndUndo(bool keep) override;
-    /// Closes a step that is still open.
+    /// Closes a step if one is open.
     void CloseStep();
 
 private:
@@ -40,7 +40,7 @@ public:
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
 
-    /// The one that a handle of the host stands for. Throws Failure where there is none.
+    /// The instance of a host's handle. Throws Failure if there is none.
     static Instance& Of(Effect effect);
 
     // The actions. They throw Failure.
@@ -52,14 +52,14 @@ public:
     Status TellPreferences(const Properties& answers);
     Status TellIdentity(const Properties& arguments, const Properties& answers);
 
-    /// Says to the user what the tool has reported since the last time, and throws what the host has refused.
+    /// Shows the user what the tool has reported since the last call, and throws what the host has refused.
     void Settle();
 
     host::Operator& Op() { return *operator_; }
     HostDocument& Document() { return document_; }
     WriteQueue& Writes() { return exchange_.writes; }
     Clip MainClip() const { return links_.front().clip; }
-    /// Where the main picture lies, in the host's coordinates. False where there is none.
+    /// The position of the main picture, in the host's coordinates. False if there is none.
     bool RegionOfMain(double time, RectD* region) const;
     double AspectOfMain() const;
 
@@ -87,15 +87,15 @@ private:
     HostDocument document_;
     host::Ref<host::Operator> operator_;
     ToolPlan plan_;
-    Param words_ = nullptr; ///< turns floats off; null where there is no such parameter
-    bool floats_ = false;   ///< as the tool's switch stands
-    bool told_ = false;     ///< the last frame has left a message with the user, or has failed
+    Param words_ = nullptr; ///< turns floats off; null if there is no such parameter
+    bool floats_ = false;   ///< the state of the tool's switch
+    bool told_ = false;     ///< the last frame has shown a message to the user, or has failed
     std::vector<Link> links_;
     Clip output_ = nullptr;
     std::mutex rendering_;
 };
 
-/// Collects what tools report; Instance::DeliverMessages hands it on.
+/// Collects what tools report; Instance::DeliverMessages shows it.
 void HearMessages();
 
 } // namespace ofx

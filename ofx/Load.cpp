@@ -18,7 +18,7 @@ namespace {
 
 Host* theHost = nullptr;
 
-/// Spreads tasks over the host's threads, however many of them it gives.
+/// Runs tasks on the host's threads, however many it provides.
 bool RunOnHostThreads(long count, const std::function<void(long)>& task) {
     struct Job {
         const std::function<void(long)>& task;
@@ -42,7 +42,7 @@ bool RunOnHostThreads(long count, const std::function<void(long)>& task) {
     if (!suite || count < 2 || suite->multiThreadIsSpawnedThread()) return false;
     const auto threads = static_cast<unsigned>(std::min<long>(count, host::GetApp()->ProcessorCount));
     if (suite->multiThread(work, threads, &job) != kOk && job.next == 0) return false;
-    job.Work(); // what is left where the host failed halfway
+    job.Work(); // whatever is left if the host failed halfway
     if (job.error) std::rethrow_exception(job.error);
     return true;
 }
@@ -53,8 +53,8 @@ const Suite* Fetch(const char* name, int version) {
 }
 
 #ifdef _WIN32
-/// Keeps the module where it is when the host lets go of it: its threads live as long as the host. Elsewhere
-/// the linker says so.
+/// Keeps the module loaded when the host unloads it: its threads live as long as the host. On other systems a
+/// linker option does that.
 void StayLoaded() {
     HMODULE module;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
@@ -64,7 +64,8 @@ void StayLoaded() {
 void StayLoaded() {}
 #endif
 
-/// How many plug-ins are loaded. The suites are fetched for the first one, as others may be at work later.
+/// How many plug-ins are loaded. The suites are fetched for the first one, because others may be working
+/// later.
 int loaded = 0;
 
 Status FetchSuites() {

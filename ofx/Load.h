@@ -4,11 +4,11 @@
 
 namespace ofx {
 
-/// The host that all plug-ins of the bundle run in. It only takes note.
+/// Records the host that all plug-ins of the bundle run in.
 void SetHost(Host* host);
 
-/// The load and unload actions of a plug-in: the first one fetches the host's suites, and has work spread
-/// over the host's threads from then on.
+/// The load and unload actions of a plug-in: the first load fetches the host's suites, and work runs on the
+/// host's threads from then on.
 Status Load();
 Status Unload();
 

@@ -16,7 +16,7 @@ namespace ofx {
 
 namespace {
 
-/// A host's viewport. Its coordinates are the host's, in which the picture covers its region of definition.
+/// A host's viewport, in the host's coordinates, in which the picture covers its region of definition.
 class View : public host::PreviewInfo {
 public:
     double TransformXOut(double x) const override { return region.x1 + x * (region.x2 - region.x1); }
@@ -85,7 +85,7 @@ public:
     }
 
 private:
-    /// Takes over the picture's place. False where nothing can be shown.
+    /// Updates the picture's position. False if nothing can be shown.
     bool FitTo(const Properties& arguments) {
         const double time = arguments.Get(kPropTime, 0.0);
         if (!control_ || !instance_.RegionOfMain(time, &view_.region)) return false;
@@ -111,7 +111,7 @@ private:
         return true;
     }
 
-    /// Swallows the event where a widget was hit.
+    /// Consumes the event if a widget was hit.
     Status Answer() {
         if (!dragging_) return kReplyDefault;
         if (const InteractSuite* suite = TheHost().interact)

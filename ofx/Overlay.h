@@ -5,7 +5,7 @@
 
 namespace ofx {
 
-/// Whether a tool draws controls over the picture.
+/// Whether a tool has on-screen controls.
 bool HasWidgets(host::Operator& op);
 
 /// The entry point of all plug-ins' on-screen controls.

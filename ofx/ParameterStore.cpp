@@ -29,7 +29,7 @@ host::Parameter* ParameterStore::ValueAt(double time) const {
     return value;
 }
 
-/// A length in pixels in a proxy; whole ones stay whole, and above 0.
+/// A length in pixels in a proxy; whole numbers stay whole, and above 0.
 double ParameterStore::Scaled(double value) const {
     const double scale = inPixels_ ? exchange_.pixelScale.load() : 1.0;
     if (scale == 1.0) return value;
@@ -65,7 +65,7 @@ host::Parameter* ParameterStore::ReadAt(double time) const {
     return new host::Number(Scaled(whole));
 }
 
-/// A key where the parameter has keys and a time is given; else the value as it is now.
+/// A key if the parameter has keys and a time is given; otherwise the current value.
 template <class... Values>
 void ParameterStore::Hand(double time, Values... values) const {
     const ParameterSuite& suite = *TheHost().param;
@@ -104,7 +104,7 @@ void ParameterStore::WriteNumber(double value, double time) const {
 }
 
 void ParameterStore::Show(bool shown, bool enabled) {
-    if (channel_ != 0) return; // the first channel speaks for the colour
+    if (channel_ != 0) return; // the first channel acts for the colour
     exchange_.writes.Take([this, shown, enabled] {
         PropertySet set = nullptr;
         Check(TheHost().param->paramGetPropertySet(param_, &set), "properties of a parameter");

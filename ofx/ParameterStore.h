@@ -8,7 +8,7 @@
 
 namespace ofx {
 
-/// The value of an input in a host's parameter, or in one channel of it. What the host refuses is noted; a
+/// The value of an input in a host's parameter, or in one channel of it. Refusals of the host are noted; a
 /// value that cannot be read is null.
 class ParameterStore : public host::ValueStore {
 public:

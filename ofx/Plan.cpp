@@ -29,7 +29,7 @@ Kind KindOf(const Input& input) {
     return input.GetAttrI(host::kTagInteger) ? Kind::Integer : Kind::Double;
 }
 
-/// The id where it can be a script name; the label's letters where there is no id.
+/// The id if it can be a script name; the label's letters if there is no id.
 std::string NameOf(const Input& input) {
     const std::string name = LettersAndDigits(input.Id());
     return name.empty() ? LettersAndDigits(input.Name()) : name;

@@ -7,23 +7,24 @@
 
 namespace ofx {
 
-/// One parameter of a plug-in, with the inputs of the tool that it is the value of.
+/// One parameter of a plug-in, with the inputs of the tool whose value it is.
 struct ParameterPlan {
     enum class Kind { Integer, Double, Point, Boolean, Choice, Rgb, File };
 
     Kind kind;
-    std::string name;                 ///< letters and digits, unique within the tool
-    std::string label;                ///< for the user
-    std::vector<host::Input*> inputs; ///< red, green and blue of a colour, else one; of the depth switch none
-    int page = -1;                    ///< index among the tool's pages
+    std::string name;  ///< letters and digits, unique within the tool
+    std::string label; ///< for the user
+    std::vector<host::Input*>
+        inputs;    ///< red, green and blue of a colour, otherwise one; none for the depth switch
+    int page = -1; ///< index among the tool's pages
 };
 
-/// One picture that a plug-in takes.
+/// One image input of a plug-in.
 struct ClipPlan {
     std::string name;
     host::Input* input;
     bool optional;
-    bool mask; ///< says where a tool acts
+    bool mask; ///< limits where a tool acts
 };
 
 /// A tool as the standard sees it: what its inputs become. The inputs belong to the operator.
@@ -32,9 +33,9 @@ struct ToolPlan {
 
     std::vector<ParameterPlan> parameters;
     std::vector<ClipPlan> clips;        ///< the first is the main one
-    host::Input* depthSwitch = nullptr; ///< floats instead of words; null where the tool has words only
+    host::Input* depthSwitch = nullptr; ///< floats instead of words; null if the tool has only words
     int framesBefore = 0;               ///< earlier frames that a render reads
-    bool varies = false;                ///< another result at each frame from the same picture
+    bool varies = false;                ///< the result differs from frame to frame for the same picture
 };
 
 /// The parameter that turns floats off.

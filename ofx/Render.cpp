@@ -48,7 +48,7 @@ void Instance::RenderFrame(const Properties& arguments, const HostPicture& outpu
     exchange_.pixelScale = ScaleOf(main, arguments, time);
 
     host::Request request(time);
-    // Asked for here, values cost no errand each while the frame is worked on.
+    // Read here, values do not each cost a call across threads while the frame is rendered.
     for (host::Input* input : operator_->Inputs())
         if (input->DataType() != host::Input::Type::Image) request.GetInputData(input, 0);
     RunTool(request);
@@ -68,7 +68,7 @@ void Instance::RunTool(host::Request& request) {
     exchange_.pixelScale = 1.0;
 }
 
-/// Half and float frames in floats, the others in words.
+/// Half and float frames are rendered in floats, the others in words.
 void Instance::SetDepth(Depth depth, double time) {
     if (!plan_.depthSwitch) return;
     int words = 0;
@@ -78,8 +78,9 @@ void Instance::SetDepth(Depth depth, double time) {
     plan_.depthSwitch->SetSource(host::AutoNumber(floats).get(), host::kTimeNow, 1, nullptr);
 }
 
-/// Hosts give the scale of a proxy faultily, so it is measured: pixels of the picture to pixels of its full
-/// size. Sides of a proxy are rounded, so the host's scale counts, or its inverse, where it fits within that.
+/// Hosts report the scale of a proxy unreliably, so it is measured: pixels of the picture to pixels of its
+/// full size. Sides of a proxy are rounded, so the host's scale, or its inverse, is used if it agrees within
+/// that rounding.
 double Instance::ScaleOf(const HostPicture& main, const Properties& arguments, double time) const {
     RectD region{};
     const double told = arguments.Get(kRenderScale, 1.0);

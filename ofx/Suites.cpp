@@ -11,7 +11,7 @@ Suites& TheHost() {
 
 void Check(Status status, const char* what) {
     if (status == kOk) return;
-    // Of what suites answer, these are answers of actions too.
+    // The statuses of suites that are also valid statuses of actions.
     const bool ofActions = status == kFatal || status == kErrMemory || status == kImageFormat;
     throw Failure(ofActions ? status : kFailed, std::string("the host refused: ") + what);
 }

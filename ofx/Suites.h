@@ -7,7 +7,7 @@
 
 namespace ofx {
 
-/// What the host offers. The optional suites may be null.
+/// The host's suites. The optional ones may be null.
 struct Suites {
     PropertySet hostProperties = nullptr;
     const PropertySuite* property = nullptr;
@@ -22,28 +22,28 @@ struct Suites {
 /// One for all plug-ins of the bundle; filled in the load action.
 Suites& TheHost();
 
-/// A failing status of the host or of ours on its way to the border, where it becomes the action's answer
+/// A failing status, the host's or ours, on its way to the boundary, where it becomes the action's status
 /// and, unless the text is empty, one message to the user.
 struct Failure : std::runtime_error {
     Failure(Status s, const std::string& text) : std::runtime_error(text), status(s) {}
     Status status;
 };
 
-/// Throws where the host answers with anything but OK. `what` is what it was asked for.
+/// Throws if the host returns anything but OK. `what` is what it was asked for.
 void Check(Status status, const char* what);
 
-/// What belongs to an effect, or to an instance of one. They throw Failure.
+/// The properties and parameters of an effect, or of an instance. They throw Failure.
 PropertySet PropertiesOf(Effect effect);
 ParamSet ParametersOf(Effect effect);
 /// Whether a clip of an instance has pictures.
 bool IsConnected(Clip clip);
 
-/// Shows a text to the user where the host can. `type` is the standard's kind of message.
+/// Shows a text to the user if the host can. `type` is the standard's kind of message.
 void TellUser(Effect effect, const char* type, const std::string& text);
-/// Takes back what the host goes on showing.
+/// Removes a message that the host keeps showing.
 void Untell(Effect effect);
 
-/// Pixels of a picture in the host's coordinates: x1 and y1 belong to it, x2 and y2 do not; y points up.
+/// Pixels of a picture in the host's coordinates: x1 and y1 are inclusive, x2 and y2 exclusive; y points up.
 struct Box {
     int x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     int Width() const { return x2 - x1; }
@@ -51,8 +51,8 @@ struct Box {
     bool operator==(const Box&) const = default;
 };
 
-/// A host's property set. Set must succeed or throws; Try may fail, as with properties that older hosts do
-/// not know. Get gives `missing` where there is none.
+/// A host's property set. Set throws if it fails; Try may fail, as with properties that older hosts do not
+/// know. Get returns `missing` if there is none.
 class Properties {
 public:
     explicit Properties(PropertySet set) : set_(set) {}

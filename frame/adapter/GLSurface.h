@@ -5,7 +5,7 @@
 
 namespace k7 {
 
-/// Draws widgets in a preview of the host with OpenGL, whose context is current.
+/// Draws widgets in a preview of the host with OpenGL; the context is current.
 class GLSurface : public OverlaySurface {
 public:
     explicit GLSurface(host::PreviewInfo& preview) : preview_(preview) {}

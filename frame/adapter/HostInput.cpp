@@ -72,7 +72,7 @@ bool HostValues::Text(ControlInput* input, std::string* text) {
 
 template <class Sample>
 bool HostFrames::Read(double time, PictureK7<Sample>& target) {
-    // Hold the time within the clip, whose end lies one past its last frame.
+    // Clamp the time to the clip, whose end lies one past its last frame.
     host::TimeExtent extent(host::kTimeUndefined, host::kTimeUndefined, host::kTimeUndefined);
     operator_->GetExtent(extent, nullptr);
     if (!(time >= extent.Start)) time = extent.Start;

@@ -5,7 +5,7 @@
 
 namespace k7 {
 
-/// A host input behind the face that controls and widgets know.
+/// A host input behind the interface that controls and widgets know.
 class HostInput : public ControlInput {
 public:
     explicit HostInput(host::Input* input) : input_(input) {}
@@ -27,7 +27,7 @@ private:
     host::Input* const input_;
 };
 
-/// The values of host inputs; where a parameter comes from is the subclass's affair.
+/// The values of host inputs; subclasses know where a parameter comes from.
 class HostValues : public ValueSource {
 public:
     bool Number(ControlInput* input, double* value) override;
@@ -35,7 +35,7 @@ public:
     bool Text(ControlInput* input, std::string* text) override;
 
 protected:
-    /// The parameter of an input; it lives until the next call at least. Null if there is none.
+    /// The parameter of an input, valid until the next call. Null if there is none.
     virtual const host::Parameter* Get(host::Input* input) = 0;
 };
 
@@ -67,7 +67,7 @@ private:
     host::Ref<host::Parameter> last_;
 };
 
-/// Reads an image input of an operator at other times than the frame's.
+/// Reads an image input of an operator at times other than the frame's.
 class HostFrames : public FrameSource {
 public:
     HostFrames(host::Operator* op, host::Input* input) : operator_(op), input_(input) {}

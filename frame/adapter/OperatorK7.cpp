@@ -38,7 +38,7 @@ void OperatorK7::Process(Request* request) {
     try {
         RunFrame(request);
     } catch (const std::bad_alloc&) {
-        // The host gets a frame without output, and no exception.
+        // The host gets a frame without output, not an exception.
     }
     EndFrame();
 }
@@ -56,7 +56,7 @@ template <class Sample>
 void OperatorK7::RunFrameIn(Request* request) {
     const auto* main = dynamic_cast<const Image*>(request->GetInputData(mainInput_, 0));
     const auto input = HostToK7Image<Sample>(main);
-    if (!input) return; // without a picture, or memory for it, there is no output
+    if (!input) return; // without a picture, or if its allocation fails, there is no output
     const auto second = ReadSecondImage(request, main, *input);
     ReadFrameValues(request);
     if (AbortFlag) return;
@@ -64,7 +64,7 @@ void OperatorK7::RunFrameIn(Request* request) {
     if (!output || (secondSlot_ && secondUse_ == SecondImage::FitToMain && !second)) return;
 
     RunCore(input.get(), second.get(), output.get());
-    if (AbortFlag) return; // before the work of converting what nobody takes
+    if (AbortFlag) return; // saves converting a frame that nobody takes
     Image* result = K7ImageToHost(*main, *output);
     if (!result) return;
     if (AbortFlag)

@@ -14,25 +14,25 @@
 
 namespace k7 {
 
-/// What the host hands to a new operator, to be passed on.
+/// What the host hands to a new operator, to be passed to the base class.
 struct OperatorArguments {
     const host::Registry* registry;
     const host::ScriptVal& value;
     const host::TagList& tags;
 };
 
-// A row of an effect's control table: how a control is called, what is special about it, and its kind.
+// A row of an effect's control table: the names of a control, what is special about it, and its kind.
 
 enum ControlNotes : unsigned {
     kPlain = 0,
-    kChange = 1,     ///< a change of it has a reaction
+    kChange = 1,     ///< a change has a reaction
     kHidden = 2,     ///< it starts hidden
-    kUnmirrored = 4, ///< its value is read for frames only, and not when something changes
+    kUnmirrored = 4, ///< its value is read for frames only, not when something changes
 };
 
 struct ControlName {
     const char* label;
-    const char* id; ///< of a colour the stem, to which R, G, B and A are added
+    const char* id; ///< for a colour the stem, to which R, G, B and A are added
     unsigned notes = kPlain;
 };
 
@@ -62,14 +62,14 @@ struct FileName {
     const char* standard;
 };
 
-/// How an effect takes its second image.
+/// How an effect reads its second image.
 enum class SecondImage {
-    FitToMain,    ///< as a picture of the main one's size; the main picture itself where nothing is connected
-    AtOtherTimes, ///< through ReadInputAtTime alone; the main input where nothing is connected
+    FitToMain,    ///< as a picture of the main one's size; the main picture itself if nothing is connected
+    AtOtherTimes, ///< only through ReadInputAtTime; the main input if nothing is connected
 };
 
-/// The shape that all operators share: it ties a core to the compositor. An effect's operator makes its core
-/// in the constructor and adds the rows of its tables; what it reacts to follows.
+/// The base of all operators, which binds a core to the compositor. An effect's operator makes its core in
+/// the constructor, adds the rows of its tables, and then its reactions.
 class OperatorK7 : public host::ThreadedOperator, protected ChunkOwner {
 public:
     explicit OperatorK7(const OperatorArguments& arguments);
@@ -80,7 +80,7 @@ public:
     void ProcessChunk(host::Request* request, long index) override;
 
 protected:
-    /// Makes the effect's core, which this operator owns.
+    /// Creates the effect's core, which this operator owns.
     template <class Core>
     Core& MakeCore() {
         auto made = std::make_unique<Core>();
@@ -101,20 +101,22 @@ protected:
     void Add(ColourControlK7& control, const ControlName& name, const ColourSwatch& colour);
     void Add(FileControlK7& control, const ControlName& name, const FileName& file);
 
-    /// Of a length in pixels, which follows the scale where a host renders a proxy.
+    /// Marks a length in pixels, which is scaled when a host renders a proxy.
     static void InPixels(const ControlK7& control);
-    /// The effect gives its main picture as it is where all controls of which this is said have their value.
+    /// The effect passes its main picture through when all controls marked like this have their value.
     static void IdleAt(const ControlK7& control, double value);
-    /// The effect shows an aid, as its light map, in place of its work where the control has this value.
+    /// The effect shows an aid, such as its light map, in place of its result when the control has this
+    /// value.
     static void AidAt(const ControlK7& control, double value);
 
     void AddMainImage(ImageInputK7& slot, const char* name);
     void AddSecondImage(ImageInputK7& slot, const char* name, SecondImage use);
 
-    /// Closes the tables. Behind their rows comes the switch between words, its default, and floats.
+    /// Closes the tables. After their rows comes the switch between words (the default) and floats.
     void AddImageOutput(ImageOutputK7& slot);
 
-    /// What happens when the user, or a script, changes a control. Own writes (`Changing`) do not come here.
+    /// What happens when the user, or a script, changes a control. The core's own writes (`Changing`) do not
+    /// come here.
     using Reaction = std::function<void(double time)>;
     void OnChange(ControlK7& control, Reaction reaction);
 
@@ -123,10 +125,10 @@ protected:
     void MirrorControls(double time);
 
     /// Runs an action under the lock of the controls' values: no frame can begin meanwhile. The action is
-    /// told whether a frame is in work, which must see the values that it has read.
+    /// told whether a frame is in progress, which must keep the values that it has read.
     void WithValues(const std::function<void(bool frameInWork)>& action);
 
-    /// The first thing that a change of an input brings about, before anybody reacts.
+    /// The first thing that happens on a change of an input, before any reaction.
     virtual void InputChanged(host::Input* in);
 
     PluginK7& Core() const { return *core_; }

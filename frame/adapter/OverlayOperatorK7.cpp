@@ -140,7 +140,7 @@ int OverlayOperatorK7::ControlDown(OperatorControl* control, PreviewInfo* previe
         return kDragControl;
     }
 
-    // A press that hits nothing, or comes twice, is a click: it is let go of at once.
+    // A press that hits nothing, or comes twice, is a click: it is released at once.
     if (hit) pointer_.latched = false;
     pointer_.button = 0.0f;
     Dispatch();
@@ -213,7 +213,7 @@ int OverlayOperatorK7::NextEvent() {
     return was ? kOverlayRelease : kOverlayHover;
 }
 
-/// Hands the pointer to the core's widgets. True while one of them is being dragged.
+/// Passes the pointer to the core's widgets. True while one of them is being dragged.
 bool OverlayOperatorK7::Dispatch() {
     const int event = NextEvent();
     if (overlay_->ImageWidth < 1 || overlay_->ImageHeight < 1) return false; // nothing has been drawn yet

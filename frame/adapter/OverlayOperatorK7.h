@@ -12,8 +12,8 @@ struct WidgetColour {
 };
 inline constexpr WidgetColour kWhite = {65535, 65535, 65535};
 
-/// An operator whose core draws widgets over the preview: it hands the host's drawing and mouse calls to the
-/// core. An effect's operator adds the widgets behind its controls.
+/// An operator whose core draws widgets over the preview: it passes the host's drawing and mouse calls to the
+/// core. An effect's operator adds the widgets after its controls.
 class OverlayOperatorK7 : public OperatorK7 {
 public:
     using OperatorK7::OperatorK7;

@@ -7,8 +7,8 @@
 
 namespace k7 {
 
-/// What the host's menus and saved compositions know a tool by. The class id ("K7.Clean"), the name
-/// ("K7Clean") and the help key follow from the effect's name.
+/// The names by which the host's menus and saved compositions know a tool. The class id ("K7.Clean"), the
+/// name ("K7Clean") and the help key follow from the effect's name.
 struct ToolRecord {
     int number;
     const char* effect;
@@ -19,11 +19,11 @@ struct ToolRecord {
 
 enum ToolNotes : unsigned {
     kWritesControls = 1, ///< a frame may write controls
-    kCarriesOver = 4,    ///< what is drawn at random at its first frame stays for all
-    kShowsDivision = 2,  ///< frames depend on the parts into which the host has them divided
+    kCarriesOver = 4,    ///< random numbers drawn at its first frame are kept for all frames
+    kShowsDivision = 2,  ///< frames depend on the number of parts into which the host divides them
 };
 
-/// The registration of a class, from the record and what the class itself brings.
+/// The registration of a class, from the record and what the class itself declares.
 host::TagList RegistrationTags(const ToolRecord& record, const host::ScriptInfo* script,
                                host::CreateFunction create);
 

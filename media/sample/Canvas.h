@@ -17,7 +17,7 @@ using Canvas = std::vector<Light>;
 /// Where the wet street ends and the pavement before the houses begins.
 inline constexpr int kKerb = 150;
 
-/// The painter of one pixel after another: `paint(x, y, light)` changes the light of each, within a box.
+/// Calls `paint(x, y, light)`, which changes the light of a pixel, for each pixel within a box.
 template <class Paint>
 void Over(Canvas& canvas, int left, int bottom, int right, int top, Paint paint) {
     for (int y = std::max(bottom, 0); y < std::min(top, kHeight); ++y)

@@ -178,7 +178,7 @@ void PaintGround(Canvas& canvas) {
     });
 }
 
-/// Lays the wet street's mirror image over the ground, drawn out downwards as in puddles.
+/// Lays the wet street's mirror image over the ground, stretched downwards as in puddles.
 void PaintReflections(Canvas& canvas) {
     const Canvas dry = canvas;
     Over(canvas, 0, 0, kWidth, kKerb - 6, [&](float x, float y, Light& light) {

@@ -22,7 +22,7 @@ inline Light Mix(Light a, Light b, float t) {
     return a * (1.0f - t) + b * t;
 }
 
-/// A colour as one reads it off a screen, 0xRRGGBB, turned into linear light (the clip's gamma is 2).
+/// A display colour, 0xRRGGBB, converted to linear light (the clip's gamma is 2).
 constexpr Light Rgb(std::uint32_t hex) {
     const float r = static_cast<float>(hex >> 16 & 255) / 255.0f;
     const float g = static_cast<float>(hex >> 8 & 255) / 255.0f;
@@ -30,7 +30,7 @@ constexpr Light Rgb(std::uint32_t hex) {
     return {r * r, g * g, b * b};
 }
 
-/// 32 well mixed bits for a place; different seeds give unrelated fields.
+/// 32 well mixed bits for a place; different seeds produce unrelated fields.
 inline std::uint32_t Hash(int x, int y, std::uint32_t seed) {
     std::uint32_t h = static_cast<std::uint32_t>(x) * 0x9e3779b1u ^
                       static_cast<std::uint32_t>(y) * 0x85ebca77u ^ seed * 0xc2b2ae3du;

@@ -14,7 +14,7 @@ namespace {
 
 TEST_F(Program, AJpegGivesAPictureOfItsOwnKind) {
     EXPECT_EQ(Run({"render", "Clean", "-i", "sample:", "-f", "4", "-o", "a.jpg"}), 0);
-    ExpectOneLine("jpeg files hold no 16-bit RGBA pictures; writing 8-bit RGB");
+    ExpectOneLine("jpeg files cannot hold 16-bit RGBA pictures; writing 8-bit RGB");
     EXPECT_EQ(Run({"render", "Clean", "-i", "a.jpg", "-o", "b.jpg", "--quiet"}), 0);
     EXPECT_EQ(Err(), "");
     EXPECT_EQ(Get("b.jpg").image->PixelDepth, host::Depth::Int8);

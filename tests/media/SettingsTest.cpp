@@ -125,7 +125,7 @@ TEST_F(Settings, WrongWordsAreNamedWithTheRightOnes) {
     EXPECT_EQ(WhyNot("Amuont=1"), "Specimen has no control 'Amuont', did you mean 'Amount'?");
     EXPECT_EQ(WhyNot("Low=1"), "'Low' is the label of several controls: name one of LooR, LooG");
     EXPECT_EQ(WhyNot("Clip=1"), "'Clip' is an image: give it a file with -i");
-    EXPECT_EQ(WhyNot("Amnt"), "'Amnt' is no setting: write CONTROL=VALUE");
+    EXPECT_EQ(WhyNot("Amnt"), "'Amnt' is not a setting: write CONTROL=VALUE");
     EXPECT_NE(WhyNot("Style=Vertical").find("0 'Uni', 1 'Horizontal'"), std::string::npos);
     for (const char* setting :
          {"Amnt=", "Amnt=1x", "TuOn=perhaps", "Style=3", "Style=0.5", "Cent=1", "Cent=1,2,3", "Cent=1;2",
