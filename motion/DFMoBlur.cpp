@@ -36,6 +36,7 @@ public:
         AddWidget(core.CentreWidget, kWhite, core.Cere);
         AddWidget(core.RegionWidget, {41120, 8224, 61680}, core.Cere, core.XSle, core.YSle);
 
+        OnChange(core.Prss, [&core](double) { core.ApplyBlurChanged(); });
         OnChange(core.Maes, [&core](double) { core.RefreshControls(); });
         OnChange(core.Aund, [&core](double time) { core.AutoBoundChanged(time); });
         OnChange(core.Auey, [&core](double time) { core.AutoBoundChanged(time); });

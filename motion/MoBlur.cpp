@@ -51,12 +51,20 @@ void MoBlur::RefreshControls() {
     int matched = 0;
     Maes.Get(kTimeNow, &matched);
     YSle.SetHidden(matched != 0);
+    ApplyBlurChanged();
+}
+
+void MoBlur::ApplyBlurChanged() {
+    int blurred = 0;
+    Prss.Get(kTimeNow, &blurred);
+    Sers.SetHidden(blurred == 0);
 }
 
 void MoBlur::AutoBoundChanged(double time) {
     int bound = 0;
     Aund.Get(time, &bound);
     ABsh.SetHidden(bound != 1);
+    Auey.SetHidden(bound != 1);
     Auey.SetDisabled(bound != 1);
     if (bound == 1) Maes.Set(kTimeNow, 0);
 }

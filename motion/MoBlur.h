@@ -46,6 +46,8 @@ public:
 
     /// The reaction to a change of "Auto Bound" or "AutoKey".
     void AutoBoundChanged(double time);
+    /// The reaction to a change of "Apply Motion Blur": its vectors can be displayed only with it on.
+    void ApplyBlurChanged();
 
     /// Safe while another thread is in Process: vectors are drawn when a frame is finished, until the next
     /// begins.

@@ -56,6 +56,8 @@ struct Shot : CoreRunner<MoBlur> {
         core.ABsh.Input[0] = &threshold;
         core.Auey.Input[0] = &autoKey;
         core.Maes.Input[0] = &match;
+        core.Prss.Input[0] = &apply;
+        core.Sers.Input[0] = &vectors;
     }
 
     Picture Frame(double time, int threads = 1) {
@@ -68,7 +70,7 @@ struct Shot : CoreRunner<MoBlur> {
     K7Image& At(double time) { return clip.At(time); }
 
     Clip clip;
-    FakeInput centre, scaleX, scaleY, autoBound, threshold, autoKey, match;
+    FakeInput centre, scaleX, scaleY, autoBound, threshold, autoKey, match, apply, vectors;
 };
 
 } // namespace k7::test

@@ -82,13 +82,19 @@ TEST(MoBlurTool, AutoKeyKeysAnimatedControlsFrameByFrame) {
     EXPECT_FALSE(tool.At("YSle").GetCurve().Animated());
 }
 
-TEST(MoBlurTool, SwitchesOfTheRegionSteerOtherControls) {
+TEST(MoBlurTool, SwitchesSteerOtherControls) {
     MoBlurTool tool;
     EXPECT_EQ(tool.At("ABsh").GetAttrI(host::kTagShown), 1);
     EXPECT_EQ(tool.At("Auey").GetAttrI(host::kTagDisabled), 0);
+    EXPECT_EQ(tool.At("Auey").GetAttrI(host::kTagShown), 1);
     tool.stage.Write(tool.At("Aund"), 0.0);
     EXPECT_EQ(tool.At("ABsh").GetAttrI(host::kTagShown), 0);
     EXPECT_EQ(tool.At("Auey").GetAttrI(host::kTagDisabled), 1);
+    EXPECT_EQ(tool.At("Auey").GetAttrI(host::kTagShown), 0);
+    for (const double on : {1.0, 0.0}) {
+        tool.stage.Write(tool.At("Prss"), on);
+        EXPECT_EQ(tool.At("Sers").GetAttrI(host::kTagShown), on);
+    }
 
     tool.stage.Write(tool.At("Maes"), 1.0);
     EXPECT_EQ(tool.At("YSle").GetAttrI(host::kTagShown), 0);
