@@ -23,8 +23,7 @@ void PictureOptions::AddTo(CLI::App& line, bool writing) {
     add(words->excludes(floats));
     add(floats);
     if (!writing) return;
-    add(line.add_option("--proxy", proxy_,
-                        "2 or 4: render at half or quarter size, with the same look")
+    add(line.add_option("--proxy", proxy_, "2 or 4: render at half or quarter size, with the same look")
             ->check(CLI::IsMember({2, 4})));
     add(line.add_option("--depth", depth_, "Depth of the files: 8, 10, 12, 16, half or float"));
     add(line.add_option("--compression", compression_, "NAME[:LEVEL] of a compression that the format has"));

@@ -54,7 +54,7 @@ TEST_F(OperatorFrame, TheCoreFindsItsPicturesAndTheOutputStartsAsACopy) {
         EXPECT_NE(core.Input.Image, core.Output.Image);
         for (const K7Image* image : {core.Input.Image, core.Output.Image, core.Second.Image})
             EXPECT_EQ(image->Rows[2][4 * 3 + 1],
-                      (11000 + 2) / 2); // where nothing is linked the main one stands in
+                      (11000 + 2) / 2); // if nothing is linked the main one is used
         EXPECT_EQ(core.Time, 5.0);
         EXPECT_EQ(core.ExtentStart, 2.0);
         EXPECT_EQ(core.ExtentEnd, 9.0);
@@ -86,7 +86,7 @@ TEST_F(OperatorFrame, ACoreWithoutMemoryGivesAFrameWithoutOutput) {
     };
     EXPECT_EQ(Render(), nullptr);
     EXPECT_TRUE(!core.Input.Image && !core.Second.Image && !core.Output.Image);
-    EXPECT_EQ(core.Size.Value, 7.0); // mirrored after the frame, as ever
+    EXPECT_EQ(core.Size.Value, 7.0); // mirrored after the frame, as always
     core.OnProcess = {};
     EXPECT_TRUE(Render());
 }
@@ -96,7 +96,7 @@ TEST_F(OperatorFrame, ChangesAreMirroredAndReactedToWithoutAnEcho) {
     EXPECT_EQ(core.Size.Value, 4.0);
     EXPECT_EQ(op->SizeChanges, std::vector<double>{7.0});
     Write("Flag", 1.0);
-    EXPECT_EQ(core.Flag.Value, 0); // never mirrored: still the value of construction
+    EXPECT_EQ(core.Flag.Value, 0); // never mirrored: still the initial value
     Write("LooG", 0.75);
     EXPECT_EQ(op->ColourChanges, 1);
     EXPECT_FALSE(core.Colour.Changing);
@@ -161,12 +161,12 @@ TEST(OperatorSecondImage, CanBeReadAtOtherTimes) {
         EXPECT_TRUE(op->core.Second.Input->ReadInputAtTime(99.0, *buffer));
         clip.Fails = matte.Fails = true;
         EXPECT_FALSE(op->core.Second.Input->ReadInputAtTime(12.0, *buffer));
-        EXPECT_EQ(buffer->Pixels[0], want); // a failed read leaves the buffer alone
+        EXPECT_EQ(buffer->Pixels[0], want); // a failed read leaves the buffer unchanged
         clip.Fails = matte.Fails = false;
     };
     host::Request first(12.0);
     op->Process(&first);
-    EXPECT_EQ(clip.Asked, (std::vector<double>{12.0, 10.0, 19.0, 12.0})); // held within the clip
+    EXPECT_EQ(clip.Asked, (std::vector<double>{12.0, 10.0, 19.0, 12.0})); // clamped to the clip
 
     op->FindInput("Light")->Connect(&matte);
     want = 3000;

@@ -8,7 +8,7 @@
 namespace k7::test {
 namespace {
 
-/// A core with two widgets that puts their handles in place without drawing.
+/// A core with two widgets that positions their handles without drawing.
 class WidgetProbe : public PluginK7, public OverlayK7 {
 public:
     void Process() override {
@@ -64,7 +64,7 @@ public:
     WidgetProbe& core;
 };
 
-/// A view whose OpenGL nobody uses.
+/// A view whose OpenGL is not used.
 class BlindView : public host::PreviewInfo {
 public:
     BlindView() {

@@ -8,7 +8,7 @@
 
 namespace k7::test {
 
-/// A core that does what a test asks for.
+/// A core that does what a test requests.
 class Probe : public PluginK7 {
 public:
     void Process() override {
@@ -63,7 +63,7 @@ public:
     int ColourChanges = 0;
 };
 
-/// Gives one picture at all times, and writes down at which it was asked.
+/// Provides one picture at all times, and records the times at which it was read.
 class StillClip : public host::ImageProvider {
 public:
     explicit StillClip(host::Image* image) : image_(image) {}
@@ -81,7 +81,7 @@ private:
     host::Ref<host::Image> image_;
 };
 
-/// A picture in the host's 16 bits whose words a function gives: word(x, y, channel).
+/// A picture in the host's 16 bits from a function word(x, y, channel).
 inline host::Image* HostPicture(int width, int height, const std::function<int(int, int, int)>& word,
                                 host::Planes planes = host::Planes::One) {
     host::Image* image = host::Image::Make(width, height, host::Depth::Int16, planes);

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-// What k7 tells of its tools, and how it takes wrong commands.
+// What k7 says about its tools, and how it handles wrong commands.
 
 namespace app::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-// k7 preview: the widgets as they are seen, and drags from the pointer to the next frame.
+// k7 preview: the visible widgets, and drags from the pointer to the next frame.
 
 namespace app::test {
 namespace {
@@ -23,7 +23,7 @@ constexpr Colour kRed = {255, 0, 0};
 
 class Preview : public Program {
 protected:
-    /// Carries out `k7 preview` and gives what --json tells.
+    /// Runs `k7 preview` and returns its --json output.
     json Show(Arguments arguments, int code = 0) {
         arguments.insert(arguments.begin(), "preview");
         arguments.push_back("--json");
@@ -43,7 +43,7 @@ protected:
         return {pixel.Red >> 8, pixel.Green >> 8, pixel.Blue >> 8};
     }
 
-    /// Whether there is a stroke of a colour at a distance from a point, or a pixel beside.
+    /// Whether there is a stroke of a colour at a distance from a point, or one pixel beside it.
     static bool Sees(const host::Image& image, Colour colour, double x, double y, double degrees = 0.0,
                      double distance = 0.0) {
         const int column = static_cast<int>(x + distance * std::cos(degrees * M_PI / 180.0)),
@@ -87,7 +87,7 @@ TEST_F(Preview, HandOfAnAngleIsDraggedOnWidePixels) {
     const json drags = Show({"DBlur", "-i", "in.png", "-o", "out.png", "-s", "Angl=90", "--aspect", "2:1",
                              "--drag", "0.5,0.75:0.6,0.716506"});
     EXPECT_EQ(drags[0]["changed"][0]["id"], "Angl");
-    EXPECT_NEAR(drags[0]["changed"][0]["value"], 60.0, 0.5); // the pointer stands on whole pixels
+    EXPECT_NEAR(drags[0]["changed"][0]["value"], 60.0, 0.5); // the pointer is on whole pixels
     EXPECT_EQ(drags[0]["undo"], "K7DBlur: Angle");
     const json high =
         Show({"DBlur", "-i", "in.png", "-o", "high.png", "--aspect", "1:2", "--drag", "0.7,0.5:0.9,0.625"});
@@ -126,7 +126,7 @@ TEST_F(Preview, EdgeOfTheClearCircleSetsItsSize) {
     EXPECT_NEAR(drags[0]["changed"][0]["value"], 0.6, 1e-6); // twice the distance from the centre
     EXPECT_EQ(drags[0]["undo"], "K7CrashZoom: Clear Radius");
 
-    // The frame that follows is the one of that value.
+    // The next frame is the one of that value.
     Show({"CrashZoom", "-i", "in.png", "-o", "typed.png", "-s", "Spee=60", "-s", "DimX=0.6000000238418579"});
     Show({"CrashZoom", "-i", "in.png", "-o", "before.png", "-s", "Spee=60"});
     EXPECT_TRUE(folder_.Get("out.png") == folder_.Get("typed.png"));

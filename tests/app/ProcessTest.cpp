@@ -9,12 +9,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// The program as it was built, in a process of its own.
+// The built program, in a process of its own.
 
 namespace app::test {
 namespace {
 
-/// Starts the program as it was built, in the current folder and with its streams closed to the test.
+/// Starts the built program, in the current folder and with its output discarded.
 pid_t Start(Arguments arguments) {
     arguments.insert(arguments.begin(), K7_PROGRAM);
     arguments.push_back(nullptr);
@@ -23,7 +23,7 @@ pid_t Start(Arguments arguments) {
         const int nowhere = ::open("/dev/null", O_RDWR);
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
-        std::signal(SIGINT, SIG_DFL); // which may have been ignored where the tests were started
+        std::signal(SIGINT, SIG_DFL); // which may be ignored where the tests were started
         ::execv(K7_PROGRAM, const_cast<char* const*>(arguments.data()));
         ::_exit(127);
     }
@@ -69,7 +69,7 @@ TEST_F(Program, CtrlCLeavesWholeFramesOnly) {
         }
         ::kill(child, SIGINT);
         const int code = Wait(child);
-        // Before k7 has set up its render the signal ends it at once.
+        // Before k7 has set up its render, the signal ends it at once.
         EXPECT_TRUE(code == 130 || (code == -SIGINT && frames == 0)) << code;
         EXPECT_GE(folder_.Count(), frames);
         EXPECT_LT(folder_.Count(), 24u);

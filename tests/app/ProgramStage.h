@@ -28,8 +28,8 @@ protected:
     }
     void TearDown() override { std::filesystem::current_path(before_); }
 
-    /// Carries out a command in the folder and gives its exit code. It runs in this process: starting k7
-    /// takes longer than most of what is asked.
+    /// Runs a command in the folder and returns its exit code. It runs in this process: starting k7 takes
+    /// longer than most commands.
     int Run(Arguments arguments) {
         arguments.insert(arguments.begin(), "k7");
         testing::internal::CaptureStdout();
@@ -49,7 +49,7 @@ protected:
     }
     Picture Get(const std::string& name) const { return ReadPicture(folder_ / name); }
 
-    /// Expects exit code 2 and one line that holds `word`, and no file made.
+    /// Expects exit code 2, one line that contains `word`, and no new file.
     void ExpectWrong(const Arguments& arguments, const std::string& word) {
         const std::size_t files = folder_.Count();
         EXPECT_EQ(Run(arguments), 2) << word;

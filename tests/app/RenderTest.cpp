@@ -54,7 +54,7 @@ TEST_F(Program, FarmsGetTheLinesThatTheyParse) {
     EXPECT_EQ(Err(), "");
     EXPECT_TRUE(folder_.Has("out.0001.png") && folder_.Has("out.0002.png"));
 
-    // Every frame of the clip: one is missing, the others are rendered all the same.
+    // Every frame of the clip: one is missing, the others are rendered.
     EXPECT_EQ(Run({"render", "Clean", "-i", "in.%04d.png", "-o", "all.%d.png"}), 1);
     EXPECT_NE(Out().find("(Range: 1 to 4)"), std::string::npos);
     EXPECT_NE(Out().find("Rendered frame 4 (4 of 4)"), std::string::npos);

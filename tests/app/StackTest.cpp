@@ -3,7 +3,7 @@
 namespace app::test {
 namespace {
 
-/// A stack in one run against its tools one by one through files that lose nothing.
+/// A stack in one run against its tools one by one, through lossless files.
 struct StackRuns : Program {
     void ExpectSame(const std::string& a, const std::string& b) {
         const Picture one = Get(a);
@@ -26,7 +26,7 @@ struct StackRuns : Program {
 TEST_F(StackRuns, AreTheirToolsOneByOneInBothDepths) {
     Put("still.tif", MakeNoise(90, 60));
     ASSERT_EQ(Render({"Dither", "-i", "still.tif", "-f", "1-3", "-o", "in.%d.tif"}),
-              0); // another at each frame
+              0); // different at each frame
     ASSERT_EQ(Render({"Dither", "-i", "in.%d.tif", "-o", "in.%d.exr", "--depth", "float"}), 0);
     for (const std::string ending : {".tif", ".exr"}) {
         const std::string in = "in.%d" + ending, stack = "stack.%d" + ending, a = "a.%d" + ending,

@@ -30,7 +30,7 @@ TEST_F(Log, LineHasTagTimeLevelAndText) {
     K7LogMessage(&log, kLogError, "no lens\n");
     clockNow += 60.25;
     for (int level = -1; level <= 7; ++level) K7LogMessage(&log, level, "x");
-    K7LogMessage(&log, kLogInfo, "100%s of %n\n"); // no format
+    K7LogMessage(&log, kLogInfo, "100%s of %n\n"); // not a format
     K7LogMessage(&log, kLogInfo, "");
     EXPECT_EQ(file.Text(), "(K7 LIB) 13:05:07.00 ERROR: no lens\n"
                            "(K7 LIB) 13:06:07.25 ERROR: x\n"
@@ -92,7 +92,7 @@ TEST_F(Log, ThreadsDoNotMixTheirLines) {
         EXPECT_EQ(text.substr(at, 200), std::string(200, text[at]));
 }
 
-/// The library's log on a file, put back at the end.
+/// The library's log on a file, restored at the end.
 struct StaticLogFixture : testing::Test {
     StaticLogFixture() { StaticLog().Stream = file.Stream; }
     ~StaticLogFixture() override {
@@ -112,7 +112,7 @@ TEST_F(LibraryLog, FormatsItsArguments) {
     EXPECT_EQ(file.Text().substr(20), " ERROR: 100%d(7)\n(K7 LIB)                  : %\n");
 }
 
-#ifndef _WIN32 // there the handle is no stream
+#ifndef _WIN32 // there the handle is not a stream
 TEST_F(LibraryLog, EchoesToTheConsoleUnlessTheProcessHasOne) {
     TextFile console;
     ConsoleHandle = console.Stream;

@@ -20,7 +20,7 @@ std::uint32_t HashOf(const std::string& text) {
     return hm_hash(reinterpret_cast<const unsigned char*>(text.data()), text.size());
 }
 
-/// Empty tables at the start, all settings back at the end, messages without times in Messages().
+/// Empty tables at the start, all settings restored at the end, messages without times in Messages().
 struct MemoryFixture : testing::Test {
     MemoryFixture() {
         for (HeapInfo* info : {&hm_normal, &hm_image}) {
@@ -39,7 +39,7 @@ struct MemoryFixture : testing::Test {
 
     static void Track() { hm_enabled = hm_tracking = 1; }
 
-    /// Each line from its level on; addresses read as PTR.
+    /// Each line from its level on; addresses replaced by PTR.
     std::string Messages() const {
         const std::string text = std::regex_replace(
             log.Text(), std::regex(R"(\(K7 LIB\) (\d\d:\d\d:\d\d\.\d\d|           ) ?)"), "");
@@ -117,7 +117,7 @@ TEST_F(Memory, WrongCallsAreReported) {
     k7_free(nullptr, "a", 6);
     k7_image_free(nullptr, "a", 7);
     void* block = k7_image_malloc(3, "a", 8);
-    k7_free(block, "a", 9); // the other family's
+    k7_free(block, "a", 9); // of the other family
     k7_image_free(block, "a", 10);
     k7_image_free(block, "a", 11);
     EXPECT_EQ(Messages(),
@@ -161,7 +161,7 @@ TEST_F(Memory, LineZeroSilencesTheTraceOfSomeEntries) {
                           "INFO : K7-HM-TRACE: k7_image_malloc(9) ret (PTR) at [a(0)]\n");
 }
 
-/// Hooks that write down their calls and take from the runtime library.
+/// Hooks that record their calls and use the runtime library.
 struct NotedHooks {
     std::string calls;
     void Install() {
@@ -219,7 +219,7 @@ TEST_F(Memory, FailedAllocationIsHandedOnAndNotRecorded) {
     hm_hooks.Realloc = [](void*, void*, std::size_t) -> void* { return nullptr; };
     EXPECT_EQ(k7_malloc(8, "a", 2), nullptr);
     EXPECT_EQ(k7_realloc(block, 8, "a", 3), nullptr);
-    EXPECT_EQ(hm_normal.BytesInUse, 4u); // the old block is still good
+    EXPECT_EQ(hm_normal.BytesInUse, 4u); // the old block is still valid
     k7_free(block, "a", 4);
     EXPECT_EQ(hm_normal.BytesInUse, 0u);
     EXPECT_EQ(Messages(), "");

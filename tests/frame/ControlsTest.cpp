@@ -11,7 +11,7 @@
 namespace k7::test {
 namespace {
 
-/// Gives what the inputs in memory hold, or nothing at all.
+/// Provides what the inputs in memory hold, or nothing at all.
 struct FakeSource : ValueSource {
     bool Number(ControlInput* input, double* value) override {
         if (Known) *value = static_cast<FakeInput*>(input)->X;
@@ -155,7 +155,7 @@ TEST(Controls, HidingAndGreyingReachTheInputs) {
     EXPECT_TRUE(colour.inputs[3].Shown);
 }
 
-/// An input whose writing calls back, as a host's notification does.
+/// An input whose write calls back, as a host's notification does.
 struct NotifyingInput : FakeInput {
     void WriteNumber(double time, double value) override {
         FakeInput::WriteNumber(time, value);
@@ -172,7 +172,7 @@ TEST(Controls, ColourMarksItsOwnWrites) {
         colour.Input[i] = &inputs[i];
         inputs[i].Notify = [&] {
             changing.push_back(colour.Changing);
-            colour.Changing = false; // a reaction uses the mark up
+            colour.Changing = false; // a reaction clears the mark
         };
     }
     colour.Set(2.0, 32767, 16383, 0, 1);

@@ -10,7 +10,7 @@
 namespace k7::test {
 namespace {
 
-/// Kernels as they are defined, at any x.
+/// Kernels by definition, at any x.
 double PlainKernel(int filter, double x) {
     x = std::fabs(x);
     const auto sinc = [](double t) {
@@ -32,7 +32,7 @@ double PlainKernel(int filter, double x) {
     }
 }
 
-/// One line resampled as the definition reads: no tables of taps, no skipped weights.
+/// One line resampled by definition: no tables of taps, no skipped weights.
 std::vector<u16> PlainLine(const std::vector<u16>& in, int size, int filter) {
     const int sourceSize = static_cast<int>(in.size());
     if (size == sourceSize) return in;
@@ -56,7 +56,7 @@ std::vector<u16> PlainLine(const std::vector<u16>& in, int size, int filter) {
     return out;
 }
 
-/// Rows resampled and rounded to words, and the picture turned over its diagonal.
+/// Rows resampled and rounded to words, and the picture transposed.
 Picture PlainPass(const K7Image& in, int size, int filter) {
     Picture out = K7Image::Make(in.Height, size);
     for (int c = 0; c < 4; ++c)
@@ -77,7 +77,7 @@ Picture Resize(const K7Image& in, int width, int height, int filter = 3) {
     return out;
 }
 
-/// A core that does nothing but resize its input, on its owner's threads.
+/// A core that only resizes its input, on its owner's threads.
 struct ResizeCore : PluginK7 {
     ImageInputK7 Input;
     ImageOutputK7 Output;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr float kSlack = 0.01f;
 
-/// Expects these strokes, in this order, and no others; and then wipes the view.
+/// Expects exactly these strokes, in this order, and then clears the view.
 void ExpectStrokes(RecordingView& view, const std::vector<RecordingSurface::Stroke>& wanted) {
     const auto& strokes = view.surface.Strokes;
     ASSERT_EQ(strokes.size(), wanted.size());

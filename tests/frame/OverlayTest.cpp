@@ -10,7 +10,7 @@ namespace {
 
 using Undo = std::vector<std::string>;
 
-/// Presses at one point, moves to another and lets go there.
+/// Presses at one point, moves to another and releases there.
 void Drag(OverlayControlK7& widget, float x1, float y1, float x2, float y2) {
     widget.Event(kOverlayPress, x1, y1);
     widget.Event(kOverlayDrag, x2, y2);
@@ -113,7 +113,7 @@ struct Hand : RecordingView {
         widget.X = widget.Y = 0.5f;
         widget.Length = 0.2f;
     }
-    /// Drags the handle to a place given from the middle, and gives the angle that was written.
+    /// Drags the handle to a place relative to the middle, and returns the angle that was written.
     double DragTo(float dx, float dy) {
         widget.Draw();
         Drag(widget, widget.HandleX, widget.HandleY, 200.0f + dx, 100.0f + dy);
@@ -247,7 +247,7 @@ TEST(OverlayCircle, SizesStayWithinTheDisplayedRange) {
     circle.widget.Width = circle.widget.Height = 0.0f;
     circle.widget.Draw();
     circle.widget.Event(kOverlayPress, 200.0f, 100.0f);
-    circle.widget.Active = 1; // all handles coincide; the proportion is no number
+    circle.widget.Active = 1; // all handles coincide; the proportion is NaN
     circle.widget.Event(kOverlayDrag, 250.0f, 50.0f);
     EXPECT_DOUBLE_EQ(circle.width.X, 0.0);
     EXPECT_DOUBLE_EQ(circle.height.X, 0.0);

@@ -8,7 +8,7 @@
 
 namespace fuzz {
 
-/// Where all chance comes from: a round can be repeated with its seed.
+/// The source of all random numbers: a round can be repeated with its seed.
 class Chance {
 public:
     explicit Chance(unsigned seed) : random_(seed) {}
@@ -19,14 +19,14 @@ public:
     }
     double Normal() { return std::normal_distribution()(random_); }
 
-    /// A text with a few bytes replaced, inserted, doubled or gone; `bytes` are likely ones.
+    /// A text with a few bytes replaced, inserted, duplicated or erased; `bytes` are likely ones.
     std::string Damaged(std::string text, std::string_view bytes);
 
 private:
     std::mt19937 random_;
 };
 
-/// One input made and read. Throws std::runtime_error where the reader did what it must not.
+/// Makes and reads one input. Throws std::runtime_error if the reader misbehaved.
 using Round = std::function<void(Chance&)>;
 
 Round LensFiles();

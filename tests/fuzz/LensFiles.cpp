@@ -12,7 +12,7 @@ namespace fuzz {
 using namespace k7;
 namespace {
 
-/// A count and numbers, now and then not as many as that, in all notations and with any white space.
+/// A count and numbers, sometimes too few, in all notations and with any white space.
 std::string MakeLens(Chance& chance) {
     static const char* const formats[] = {"%g", "%.9g", "%+g", "%e", "%.0f", "%f", "%#.0f", "%+.3E"};
     static const double scales[] = {1.0, 100.0, 1e-3, 1e6, 0.0, 1e30};
@@ -62,13 +62,13 @@ void CheckLens(const LensTable& lens) {
     Require(lens.Surfaces[0].Position != lens.Surfaces[lens.Count - 1].Position, "a lens without length");
 }
 
-/// Good texts are read as by scanf, damaged ones give a lens or nothing.
+/// Good texts are read as by scanf, damaged ones become a lens or nothing.
 void ReadOne(Chance& chance) {
     using namespace std::string_view_literals;
     const bool damaged = chance.Below(2) == 0;
     std::string text = MakeLens(chance);
     if (damaged) text = chance.Damaged(text, "\0\xff\x80-+.,eExXpPinfNa0123456789 \n%"sv);
-    const std::vector<char> exact(text.begin(), text.end()); // the sanitizer sees a read behind its end
+    const std::vector<char> exact(text.begin(), text.end()); // the sanitizer sees a read past its end
     LensTable lens, want;
     const bool good = ParseLens({exact.data(), exact.size()}, &lens);
     Require(damaged || good == PlainParse(text, &want), "not read as by scanf: " + text);

@@ -1,6 +1,5 @@
 // k7_fuzz [SECONDS [SEED]]: feeds generated and damaged lens files, picture files and settings to their
-// readers, best in a build with sanitizers. Ends with 1 and names the seed where a reader does what it must
-// not.
+// readers, best in a build with sanitizers. Ends with 1 and names the seed if a reader misbehaves.
 
 #include "tests/fuzz/Fuzz.h"
 
@@ -36,12 +35,13 @@ int Run(std::chrono::seconds time, unsigned seed, const std::string& folder) {
     std::array<long, readers.size()> rounds{};
     for (std::size_t i = 0; i < readers.size(); ++i) {
         const auto end = std::chrono::steady_clock::now() + time / static_cast<int>(readers.size());
-        for (; std::chrono::steady_clock::now() < end; ++rounds[i], ++seed) {
-            Chance chance(seed);
+        // Each reader starts from the seed, so that the seed of a failure repeats it at once.
+        for (unsigned round = seed; std::chrono::steady_clock::now() < end; ++rounds[i], ++round) {
+            Chance chance(round);
             try {
                 readers[i].second(chance);
             } catch (const std::exception& error) {
-                std::fprintf(stderr, "%s, seed %u: %s\n", readers[i].first, seed, error.what());
+                std::fprintf(stderr, "%s, seed %u: %s\n", readers[i].first, round, error.what());
                 return 1;
             }
         }
@@ -59,6 +59,6 @@ int main(int count, char** words) {
     const auto folder = std::filesystem::temp_directory_path() / ("k7_fuzz." + std::to_string(::getpid()));
     std::filesystem::create_directory(folder);
     const int code = fuzz::Run(std::chrono::seconds(seconds), seed, folder.string());
-    if (code == 0) std::filesystem::remove_all(folder); // what failed stays to be looked at
+    if (code == 0) std::filesystem::remove_all(folder); // what failed is kept for inspection
     return code;
 }

@@ -16,8 +16,8 @@ struct Sample {
     std::string path, bytes;
 };
 
-/// A small file of each kind. Formats whose decoders are known to crash are left out: that is between them
-/// and their authors.
+/// A small file of each kind. Formats whose decoders are known to crash are left out: those faults are not
+/// ours.
 std::vector<Sample> MakeSamples(const std::string& folder) {
     using Depth = host::Depth;
     static constexpr struct {
@@ -39,7 +39,7 @@ std::vector<Sample> MakeSamples(const std::string& folder) {
     return samples;
 }
 
-/// A damaged file is a picture, which can be written again, or an error of its frame.
+/// A damaged file is either a picture that can be written again, or an error of its frame.
 void ReadOne(const std::vector<Sample>& samples, Chance& chance) {
     using namespace std::string_view_literals;
     const Sample& sample = samples[static_cast<std::size_t>(chance.Below(static_cast<int>(samples.size())))];
@@ -58,7 +58,7 @@ void ReadOne(const std::vector<Sample>& samples, Chance& chance) {
                 "more pixels than allowed");
         WritePicture(sample.path + ".copy.exr", *picture.image, picture, [](const std::string&) {});
     } catch (const FrameError&) {
-        // as it should be
+        // as expected
     }
 }
 

@@ -18,7 +18,7 @@ std::string TextOf(const Stack& stack) {
     return SaveStack(stack).dump(1);
 }
 
-/// Damaged settings are refused, or taken up as values that are saved and taken up again the same.
+/// Damaged settings are refused, or become values that survive saving and loading.
 void LoadOne(const std::string& path, Chance& chance) {
     using namespace std::string_view_literals;
     const std::vector<host::Registry*> tools = Tools();

@@ -69,7 +69,7 @@ struct Common : testing::Test {
     void Set(const char* id, double value) {
         op->FindInput(id)->SetSource(AutoNumber(value).get(), kTimeNow, 1, nullptr);
     }
-    /// The frame's values, or none.
+    /// The frame's values; empty if there is no frame.
     std::vector<float> Render() {
         Request request(0.0);
         op->Render(&request);
@@ -112,7 +112,7 @@ TEST_F(Common, MixByThePlainFormulaInEveryDepth) {
         op = Ref<Half>(new Half(&document));
         clips.clear();
         Connect("Input", MakeImage(kWide, kHigh, depth, Pattern));
-        const float tool = step; // the tool's own rounding, of which a part comes through
+        const float tool = step; // the tool's own rounding, part of which remains
         Expect([](float s, int, int, int) { return s * 0.5f; }, tool, "defaults");
         Set("Blend", 0.25);
         Expect([](float s, int, int, int) { return s - s * 0.125f; }, tool * 1.25f, "blend");

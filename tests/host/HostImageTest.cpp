@@ -19,7 +19,7 @@ Ref<Image> NewImage(int width, int height, Depth depth, Planes planes = Planes::
     return Ref<Image>(Image::Make(width, height, depth, planes));
 }
 
-/// What comes back of a word that was written.
+/// What is read back of a word that was written.
 Pixel WriteAndRead(Depth depth, Planes planes, const Pixel& pixel) {
     const Ref<Image> image = NewImage(3, 2, depth, planes);
     std::byte* at[2];
@@ -59,7 +59,7 @@ TEST(HostImage, HalvesAreThoseOfImath) {
         Imath::half half;
         half.setBits(static_cast<std::uint16_t>(i));
         ASSERT_EQ(bits(FromHalf(static_cast<std::uint16_t>(i))), bits(static_cast<float>(half))) << i;
-        // The neighbours of the float, and what lies half-way to the next half.
+        // The neighbours of the float, and the value half-way to the next half.
         for (std::uint32_t near : {0u, 1u, 0xffffffffu, 0xfffu, 0x1000u, 0x1001u}) {
             const float value = std::bit_cast<float>(bits(static_cast<float>(half)) + near);
             ASSERT_EQ(ToHalf(value), Imath::half(value).bits()) << value;

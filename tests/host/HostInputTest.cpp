@@ -9,7 +9,7 @@
 namespace host::test {
 namespace {
 
-/// Writes down what it is told.
+/// Records what it is told.
 class Listener : public Operator {
 public:
     explicit Listener(FusionDoc* document) : Operator(nullptr, {}, {{kTagDocument, document}}) {}
@@ -94,7 +94,7 @@ TEST_F(HostInput, ADragIsOneStepThatCanBeTakenBack) {
     width->StartUndo("Width", nullptr);
     Write(width, 5.0, 0.0);
     width->EndUndo(true, nullptr);
-    op = Ref<Listener>(); // a step goes with its tool
+    op = Ref<Listener>(); // a step is dropped with its tool
     EXPECT_FALSE(document.Undo());
 }
 

@@ -63,7 +63,7 @@ TEST(Registry, EntriesStandAsLongAsTheyLiveAndInTheOrderOfTheirNumbers) {
         const Ref<Object> made(list.New(FuID("A"), 0x1b0000, nullptr));
         EXPECT_NE(dynamic_cast<Number*>(made.get()), nullptr);
         EXPECT_EQ(list.New(FuID("B"), 0x1b0000, nullptr), nullptr); // nothing to make it with
-        EXPECT_EQ(first.NewOperator(nullptr), nullptr);             // a number is no tool
+        EXPECT_EQ(first.NewOperator(nullptr), nullptr);             // a number is not a tool
     }
     EXPECT_TRUE(list.Entries().empty());
 }

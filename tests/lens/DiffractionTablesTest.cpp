@@ -24,7 +24,7 @@ bool SameBytes(const Buffer<T>& a, const Buffer<T>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
 
-/// The halo of a single slit with all angles worked out.
+/// The halo of a single slit with all angles computed.
 template <class Real>
 DiffractionTable<Real> RadialHalo(Real aperture, Real gain = 1) {
     const auto largest =
@@ -120,7 +120,7 @@ TYPED_TEST(Diffraction, SquareIsTheTableTurnedRoundItsAxis) {
                 EXPECT_EQ(std::memcmp(&At(square, x, y), &At(square, u, v), sizeof At(square, 0, 0)), 0)
                     << x << " " << y;
 
-    const auto wide = Square(radial, 0.5f); // round also on pixels twice as wide as high
+    const auto wide = Square(radial, 0.5f); // round even if pixels are twice as wide as high
     const auto tall = Square(radial, 2.0f);
     for (int i = 0; 2 * i <= n; ++i) {
         EXPECT_EQ(At(wide, i, 0).R, At(wide, 0, 2 * i).R);
@@ -226,7 +226,7 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
     HaloInputs<Real> halo = {1, 5, 20, static_cast<Real>(0.5), 1.0f};
     CLRK7 clr;
     FlareTables<Real> kept, anew;
-    const auto make = [&](FlareTables<Real>& tables) { // gives where it leaves the generator
+    const auto make = [&](FlareTables<Real>& tables) { // returns where it leaves the generator
         Ran1 random = Seeded();
         EXPECT_TRUE(tables.MakeHalo(clr, halo, random) && tables.MakeGlow({12, 40, 1.0f}, random));
         return random;
@@ -238,7 +238,7 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
     EXPECT_EQ(kept.Halo().Cells.data(), haloCells);
     EXPECT_EQ(kept.Glow().Cells.data(), glowCells);
 
-    halo.Fringes = 19; // fewer draws, which moves the noise of the glow too
+    halo.Fringes = 19; // fewer draws, which also changes the noise of the glow
     EXPECT_EQ(make(kept), make(anew));
     EXPECT_TRUE(SameBytes(kept.Halo().Cells, anew.Halo().Cells));
     EXPECT_TRUE(SameBytes(kept.Glow().Cells, anew.Glow().Cells));

@@ -8,15 +8,14 @@
 namespace k7::test {
 namespace {
 
-/// Flare2 at its controls' defaults, over a picture of 101 x 81 pixels that lie square.
+/// Flare2 at its controls' defaults, over a picture of 101 x 81 square pixels.
 class Flare2Frame : public testing::Test, protected FlareStage<Flare2> {
 protected:
     using FlareStage::Run;
     static constexpr int kWidth = 101;
     static constexpr int kHeight = 81;
 
-    /// Shows lights as what they are: a glow of one pixel whose word is a fifth of the light's, and nothing
-    /// else.
+    /// Shows only the lights themselves: each a glow of one pixel whose word is a fifth of the light's.
     void ShowLights() {
         core.Streaks.Value = 0;
         core.HaloStr.Value = 0.0;
@@ -28,7 +27,7 @@ protected:
     /// The lights over a dark picture.
     Picture Lights() { return Run(*Flat(kWidth, kHeight, 0)); }
 
-    /// Columns and rows of those, row after row from the lowest.
+    /// Columns and rows of those, row by row from the lowest.
     std::vector<std::pair<int, int>> Lit() {
         const Picture out = Lights();
         std::vector<std::pair<int, int>> lit;
@@ -61,7 +60,7 @@ TEST_F(Flare2Frame, AnAbortAnywhereLeavesNothingForTheNextFrame) {
     core.GlowRadius.Value = 9.0;
     const Picture want = Run(*in);
     for (long asks : {0, 1, 5, 20, 100, 300, 1000, 3000}) {
-        core.StreakLength.Value = 70; // other tables than those that are kept
+        core.StreakLength.Value = 70; // tables other than those that are kept
         runner.owner.AsksLeft = asks;
         Run(*in);
         runner.owner.AsksLeft = -1;
@@ -71,7 +70,7 @@ TEST_F(Flare2Frame, AnAbortAnywhereLeavesNothingForTheNextFrame) {
         runner.owner.AsksLeft = asks;
         Run(*in);
         runner.owner.AsksLeft = -1;
-        const Picture again = Run(*in); // with the tables that the abort has left
+        const Picture again = Run(*in); // with the tables that the abort left
         FlareStage<Flare2> fresh;
         fresh.core.GlowRadius.Value = 9.0;
         fresh.core.StreakLength.Value = 70;

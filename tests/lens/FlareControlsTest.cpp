@@ -121,7 +121,7 @@ TEST_F(Flare2Controls, StylesWriteTheirRows) {
     core.ReflectionChanged(7.0);
     expect({{&core.Reflections, 5}, {&core.Reflectivity, 50}, {&core.ReflScale, 1}}, 7.0);
     Of(core.Reflection).X = 0;
-    core.ReflectionChanged(8.0); // this style leaves the other two alone
+    core.ReflectionChanged(8.0); // this style does not change the other two
     expect({{&core.Reflections, 0}}, 8.0);
     expect({{&core.Reflectivity, 50}, {&core.ReflScale, 1}}, 7.0);
     Of(core.Reflection).X = 17; // no such entry

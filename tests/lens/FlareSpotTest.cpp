@@ -114,7 +114,7 @@ TEST_F(FlareSpotLens, OverrideRunsFromTheFirstHueToTheLast) {
 }
 
 TEST_F(FlareSpotLens, GhostsOfFlatSurfacesKeepTheSizeOfTheBundle) {
-    Spot spot(Write("2 1 0 1 -1 0 0.0001")); // one ghost that can be seen
+    Spot spot(Write("2 1 0 1 -1 0 0.0001")); // one visible ghost
     spot.core.StartControl.Value = spot.core.EndControl.Value = {0.5, 0.5};
     spot.core.SidesControl.Value = 4;
     spot.core.EdgeBoostControl.Value = 0;

@@ -37,7 +37,7 @@ TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
     const Picture in = MakePicture(200, 3, [](int x, int, int c) { return c == 3 ? 123 : 29400 + x; });
     const Picture out = stage.Run(*in);
     for (int x = 0; x < 200; ++x) {
-        EXPECT_EQ(out->Rows[1][4 * x], x >= 90 ? 29400 + x : 0) << x; // 90 per cent is level 29490
+        EXPECT_EQ(out->Rows[1][4 * x], x >= 90 ? 29400 + x : 0) << x; // 90 percent is level 29490
         EXPECT_EQ(out->Rows[1][4 * x + 3], 123);
     }
 
@@ -46,7 +46,7 @@ TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
     EXPECT_EQ(stage.Run(*Flat(1, 1, 32767, 26000, 29703, 0))->Pixels[0], 32767);
 
     stage.core.LowLight.Value = 50.0;
-    stage.core.HighLight.Value = 20.0; // below the low level, which alone is left
+    stage.core.HighLight.Value = 20.0; // below the low level, the only one left
     for (int word = 16381; word <= 16385; ++word)
         EXPECT_EQ(stage.Run(*Flat(1, 1, word))->Pixels[0], word == 16383 ? word : 0);
 }
@@ -74,7 +74,7 @@ TEST(FlareLightMap, RectangleHasTheFramesShapeOrItsOwn) {
     expect(41, 21, 61, 31);
     stage.core.MatchScales.Value = 0;
     expect(41, 6, 61, 46);
-    stage.core.ScaleX.Value = -0.2; // bounds change places
+    stage.core.ScaleX.Value = -0.2; // bounds are swapped
     expect(42, 6, 60, 46);
     stage.core.Centre.Value = {0.0, 5.0};
     expect(0, 0, 0, 0);

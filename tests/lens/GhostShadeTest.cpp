@@ -37,7 +37,7 @@ public:
         light.Blue = static_cast<int>(60000.0f * Unit());
         light.Peak = std::max({light.Red, light.Green, light.Blue});
         const GhostPoint centre = Point();
-        light.CentreX = Unit() < 0.3f ? std::floor(centre.X) : centre.X; // now and then on a sample
+        light.CentreX = Unit() < 0.3f ? std::floor(centre.X) : centre.X; // sometimes on a sample
         light.CentreY = Unit() < 0.3f ? std::floor(centre.Y) : centre.Y;
         light.InnerRadius = size_ * Unit() * 0.2f;
         light.OuterRadius = Unit() < 0.1f ? light.InnerRadius : size_ * Unit();
@@ -99,7 +99,7 @@ TEST(GhostShade, TheCentreIsWhiteWithoutRim) {
     Planes planes(8, 8);
     ShadeSpan(planes.canvas, triangle, 4, 4.0f, 6.0f); // samples 4 and 5
     EXPECT_EQ(planes.canvas.Red[2 * 8 + 2], 3 * 2000);
-    EXPECT_EQ(planes.canvas.Green[2 * 8 + 2], 3 * 1000); // of the centre alone: no direction, no whitening
+    EXPECT_EQ(planes.canvas.Green[2 * 8 + 2], 3 * 1000); // only the centre: no direction, no whitening
 }
 
 TEST(GhostShade, EqualRadiiMakeAnEdge) {
@@ -138,7 +138,7 @@ TEST(GhostScan, AFanCoversEverySampleOnce) {
         covered += planes.canvas.Red[i] / 300;
     }
     EXPECT_NEAR(covered, area, 0.02 * area);
-    EXPECT_EQ(planes.canvas.Red[16 * 40 + 15], 4 * 300); // and none left out inside
+    EXPECT_EQ(planes.canvas.Red[16 * 40 + 15], 4 * 300); // and none omitted inside
 }
 
 TEST(GhostScan, SamplesAreTheCentresOfTheirCells) {

@@ -28,7 +28,7 @@ TEST(LensFile, TakesNumbersAsTheyAreWritten) {
     for (const char* text : {
              "2 10 50 .4 -10 -20.5 1.2",                         // on one line
              "\t+2\r\n\v\f1e1 5.0E+1 4e-1\r\n-10. -2.05e1 +1.2", // signs, exponents, any white space
-             "2 10 50 0.4 -10 -20.5 1.2 and what follows",       // does not count
+             "2 10 50 0.4 -10 -20.5 1.2 and what follows",       // ignored
              "0002 010 50 0.4 -10 -20.5 1.2e0",
          }) {
         ASSERT_TRUE(ParseLens(text, &lens)) << text;
@@ -54,7 +54,7 @@ TEST(LensFile, HoldsTheCountToFiftySurfaces) {
 TEST(LensFile, RefusesWhatIsNoLens) {
     LensTable lens;
     using namespace std::string_view_literals;
-    // No number, or too few of them.
+    // Not a number, or too few of them.
     for (const std::string_view text :
          {""sv, " \n"sv, "two"sv, "\0\0\0\0"sv, "\x89PNG\r\n"sv, "+"sv, "-"sv, "+-2 1 1 1 -1 1 1"sv, "2"sv,
           "2 10 50 0.4"sv, "2 10 50 0.4 -10 -20.5"sv, "2 10 50 x -10 -20.5 1.2"sv,
@@ -68,7 +68,7 @@ TEST(LensFile, RefusesWhatIsNoLens) {
         EXPECT_FALSE(ParseLens(text, &lens)) << text;
 }
 
-/// A comma as decimal mark, as many languages have it.
+/// A comma as the decimal separator, as in many languages.
 struct Comma : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
@@ -77,7 +77,7 @@ struct Comma : std::numpunct<char> {
 TEST(LensFile, TheLocaleNeitherMattersNorChanges) {
     const std::locale mine(std::locale::classic(), new Comma);
     const std::locale before = std::locale::global(mine);
-    std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // where the machine has it
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // if the machine has it
     const std::string numeric = std::setlocale(LC_NUMERIC, nullptr);
     LensTable lens;
     EXPECT_TRUE(ParseLens(kTwoSurfaces, &lens));
@@ -122,7 +122,7 @@ TEST_F(LensFileOnDisk, CountsByItsStartHoweverLong) {
     EXPECT_EQ(ReadLensFile(Write(std::string(10'000'000, ' ').append(good)), &lens),
               LensFileResult::ReadFailed);
 
-    // A number that the reader's bound cuts is not taken for what is left of it.
+    // A number that the reader's limit truncates is not read as what is left of it.
     std::string cut = "2 10 50 1 -10 -20 ";
     cut.append(65535 - cut.size(), '0').append("12");
     EXPECT_EQ(ReadLensFile(Write(cut), &lens), LensFileResult::ReadFailed);

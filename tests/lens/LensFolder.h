@@ -8,7 +8,7 @@
 
 namespace k7::test {
 
-/// A folder for the lens files of one test, which goes with it.
+/// A folder for the lens files of one test, removed with this object.
 class LensFolder : public testing::Test {
 protected:
     LensFolder()

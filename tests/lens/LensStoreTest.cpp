@@ -43,7 +43,7 @@ TEST(LensStore, MoreElementsLieBetweenTheSurfaces) {
         std::uint32_t state = 557;
         ExtendLens(lens, more, &state, &extended);
         ASSERT_EQ(extended.Count, more == 1 ? 23 : 122);
-        for (int i = 0; i < lens.Count; ++i) { // the real surfaces are all there
+        for (int i = 0; i < lens.Count; ++i) { // all real surfaces are kept
             const LensSurface& kept = extended.Surfaces[i * (more + 1)];
             EXPECT_EQ(kept.Position, lens.Surfaces[i].Position);
             EXPECT_EQ(kept.Radius, lens.Surfaces[i].Radius);

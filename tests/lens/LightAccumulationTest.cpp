@@ -10,7 +10,7 @@
 namespace k7::test {
 namespace {
 
-/// All that a frame of lights is made from.
+/// Everything that a frame of lights is made from.
 template <class Real>
 struct Scene {
     Scene(int width, int height, float aspect = 1.0f)
@@ -32,7 +32,7 @@ struct Scene {
         ASSERT_TRUE(tables.MakeGlow({glow, 40, setup.Aspect}, random));
     }
 
-    /// Accumulates in chunks of rows and gives the sums over the whole frame, three to a pixel.
+    /// Accumulates in chunks of rows and returns the sums over the whole frame, three per pixel.
     std::vector<Real> Accumulate(int chunks = 1, bool whole = false) {
         LightList lights;
         EXPECT_TRUE(lights.Collect(*map, {0, 0, map->Width, map->Height}, kFlareSource<Real>));
@@ -50,7 +50,7 @@ struct Scene {
         return sums;
     }
 
-    /// Accumulates in so many chunks and compares with the plain sum.
+    /// Accumulates in this many chunks and compares with the plain sum.
     testing::AssertionResult IsPlain(int chunks) {
         const std::vector<Real> got = Accumulate(chunks);
         const std::vector<Real> want = PlainLight<Real>(*map, tables, setup, pairs).Sums;

@@ -8,7 +8,7 @@
 
 namespace k7::test {
 
-// The shading of a ghost's samples as its definition reads, one sample at a time.
+// The shading of a ghost's samples by definition, one sample at a time.
 
 inline float PlainDistance(const GhostPoint& a, const GhostPoint& b, float x, float y) {
     const float dx = b.X - a.X;

@@ -12,8 +12,8 @@
 
 namespace k7::test {
 
-/// The light accumulation as its definition reads: a sum for each channel of the frame, every light of the
-/// map in scan order, each streak walked anew from its light to its end.
+/// The light accumulation by definition: a sum for each channel of the frame, every light of the map in scan
+/// order, each streak walked from its light to its end.
 template <class Real>
 class PlainLight {
 public:
@@ -38,7 +38,7 @@ public:
             }
     }
 
-    std::vector<Real> Sums; ///< three to a pixel
+    std::vector<Real> Sums; ///< three per pixel
 
 private:
     Real& Cell(int channel, std::int64_t x, std::int64_t y) {

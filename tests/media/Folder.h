@@ -8,7 +8,7 @@
 
 namespace media::test {
 
-/// An empty folder that goes with the object.
+/// An empty folder, removed with the object.
 class Folder {
 public:
     Folder() {

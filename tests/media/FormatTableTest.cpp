@@ -17,7 +17,7 @@ using OIIO::TypeDesc;
 
 constexpr int kWidth = 71, kHeight = 66;
 
-/// Everything that metadata of photographs and plates bring along.
+/// Everything that the metadata of photographs and plates contain.
 void Decorate(ImageSpec& spec) {
     spec.attribute("oiio:ColorSpace", "sRGB");
     spec.attribute("DateTime", "2020:01:01 12:00:00");
@@ -31,7 +31,7 @@ void Decorate(ImageSpec& spec) {
     spec.attribute("ICCProfile", TypeDesc(TypeDesc::UINT8, static_cast<int>(profile.size())), profile.data());
 }
 
-/// Words that 8 bits hold as well, so that every format without loss has to give them back.
+/// Words that 8 bits hold too, so that every lossless format must preserve them.
 Picture Source(bool decorated, int channels) {
     Picture picture = MakeNoise(kWidth, kHeight, host::Depth::Int8, channels);
     picture.depth = {host::Depth::Int8};

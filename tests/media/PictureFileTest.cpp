@@ -51,13 +51,13 @@ std::array<int, 4> WordsAt(const Picture& picture, int x, int y) {
 }
 using Words = std::array<int, 4>;
 
-// Four pixels, colours that alpha does not cover: what multiplies or divides by alpha shows.
+// Four pixels with colours above their alpha: any multiplication or division by alpha shows.
 const std::vector<std::uint16_t> kWords = {65535, 1, 32768, 0,     12345, 54321, 7, 300,
                                            0,     0, 0,     65535, 1000,  2000,  3, 40000};
 
 class PictureFile : public testing::Test {
 protected:
-    /// Puts a file there and reads it as a picture.
+    /// Creates a file and reads it as a picture.
     template <class T>
     Picture Take(const std::string& name, const ImageSpec& spec, const std::vector<T>& values) const {
         PutFile(folder / name, spec, values);
@@ -65,7 +65,7 @@ protected:
     }
     Picture TakeWords() const { return Take("in.png", ImageSpec(2, 2, 4, TypeDesc::UINT16), kWords); }
 
-    /// Writes a picture as it is and tells how many warnings there were.
+    /// Writes a picture unchanged and returns the number of warnings.
     int Write(const std::string& name, const Picture& picture) const {
         int warnings = 0;
         WritePicture(folder / name, *picture.image, picture, [&](const std::string&) { ++warnings; });
@@ -117,7 +117,7 @@ TEST_F(PictureFile, ChannelsFindTheirPlaces) {
         Take("rgb.exr", ImageSpec(1, 1, 3, TypeDesc::HALF), std::vector<float>{0.5f, 2.0f, -1.0f});
     EXPECT_EQ(WordsAt(rgb, 0, 0), (Words{32768, 65535, 0, 65535}));
 
-    // Channels go by their names where they have any.
+    // Channels are identified by their names if they have any.
     ImageSpec spec(1, 1, 5, TypeDesc::FLOAT);
     spec.channelnames = {"depth.Z", "B", "G", "R", "A"};
     spec.alpha_channel = 4;
@@ -198,7 +198,7 @@ TEST_F(PictureFile, FilesThatAreNoPictures) {
     PutFile(folder / "whole.png", ImageSpec(64, 64, 4, TypeDesc::UINT16),
             std::vector<std::uint16_t>(64 * 64 * 4, 999));
     folder.Put("half.png", folder.Get("whole.png").substr(0, 120));
-    // The head of a picture of 65000 x 65000 pixels: more than a picture can have.
+    // The header of a picture of 65000 x 65000 pixels: more than a picture can have.
     folder.Put("large.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\xe8\xfd\xe8\xfd\x20\x08", 18));
     for (const char* name : {"text.png", "text.xyz", "empty.exr", "half.png", "large.tga", "none.png", ""}) {
         try {

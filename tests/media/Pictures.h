@@ -4,7 +4,7 @@
 
 namespace media::test {
 
-/// A picture whose pixels a function gives: pixel(x, y), row 0 at the bottom.
+/// A picture from a function pixel(x, y), row 0 at the bottom.
 template <class PixelAt>
 Picture MakePicture(int width, int height, PixelAt pixel, host::Depth depth = host::Depth::Int16,
                     int channels = 4) {
@@ -20,7 +20,7 @@ Picture MakePicture(int width, int height, PixelAt pixel, host::Depth depth = ho
     return picture;
 }
 
-/// Noise, the same for the same arguments; grey where there is no colour.
+/// Noise, the same for the same arguments; grey if there is no colour.
 inline Picture MakeNoise(int width, int height, host::Depth depth = host::Depth::Int16, int channels = 4) {
     std::uint32_t state = 12345;
     const auto next = [&] { return static_cast<int>((state = state * 1664525u + 1013904223u) >> 16); };

@@ -12,7 +12,7 @@
 namespace media::test {
 namespace {
 
-/// A folder with pictures made by oiiotool, which also compares them.
+/// A folder with pictures made, and compared, by oiiotool.
 class Travel : public testing::Test {
 protected:
     bool Tool(const std::string& words) const {
@@ -22,7 +22,7 @@ protected:
     bool Same(const std::string& a, const std::string& b, const std::string& what) const {
         return Tool(a + " " + what + " " + b + " " + what + " --diff");
     }
-    /// Writes a picture with its colours doubled, its alpha as it was.
+    /// Writes a picture with its colours doubled and its alpha unchanged.
     void Double(const Picture& picture, const std::string& name, const WriteOptions& options = {}) {
         const std::shared_ptr<host::Image> image =
             Share(host::Image::Make(picture.image->Width, picture.image->Height, picture.image->PixelDepth));
@@ -103,7 +103,7 @@ TEST_F(Travel, TilesNamesAndSmallWindowsStay) {
     Picture window = ReadPicture(folder / "w.exr");
     Double(window, "w2.exr");
     EXPECT_EQ(ReadPicture(folder / "w2.exr").stored.width, 10);
-    const host::Pixel red{0, 0, 65535, 65535}; // outside of the window
+    const host::Pixel red{0, 0, 65535, 65535}; // outside the window
     window.image->Write(&red, window.image->PlaneAccess[0].Row(29) + 20 * window.image->PlaneAccess[0].Step,
                         nullptr);
     Double(window, "w3.exr");
@@ -151,7 +151,7 @@ TEST_F(Travel, AnimationsAreSequences) {
 }
 
 TEST_F(Travel, WhatCouldHurtIsRefused) {
-    // The head of a picture of 16000 x 16000 pixels, in a file of a few bytes.
+    // The header of a picture of 16000 x 16000 pixels, in a file of a few bytes.
     folder.Put("large.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\x80\x3e\x80\x3e\x20\x08", 18));
     ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
     ASSERT_TRUE(Tool("--pattern constant:color=1,0,0 9x9 3 -o in.png"));

@@ -35,7 +35,7 @@ Picture RenderPlain(const K7Image& previous, const K7Image& current, const Plain
     return output;
 }
 
-/// Areas at rest, areas in even motion, and vectors of any length and direction.
+/// Areas at rest, areas in uniform motion, and vectors of any length and direction.
 PlainField MixedField(int width, int height, unsigned seed) {
     std::mt19937 random(seed);
     const auto draw = [&] { return std::uniform_real_distribution<float>(-1.0f, 1.0f)(random); };
@@ -80,7 +80,7 @@ TEST(BlurRendering, IsTheFrameOfTheDefinition) {
                                  *RenderPlain(*previous, *current, field, paths, threads)))
                     << size[0] << " x " << size[1] << " scale " << paths.Scale << " threads " << threads;
         }
-    // What is no number counts as the least; sums keep within the range of a float.
+    // NaN counts as the least value; sums stay within the range of a float.
     const Picture previous = Noise(40, 30, 1);
     const PlainField field = MixedField(40, 30, 2);
     EXPECT_TRUE(Same(*Render(*previous, *previous, field, {6, NAN, NAN, NAN}),
@@ -123,7 +123,7 @@ TEST(BlurRendering, LaysAPointAlongItsPath) {
     PlainField field(64, 32);
     field.dx.At(20, 16) = 8.0f;
     const Picture out = Render(*previous, *current, field, {6, 1.0f, 1.0f, 1.0f});
-    // A sample on 20 alone, the others over still black pixels: at 21.6, 23.2, 24.8, 26.4 and 28.
+    // One sample on 20 only, the others over still black pixels: at 21.6, 23.2, 24.8, 26.4 and 28.
     EXPECT_EQ(out->Rows[16][4 * 20], 30000);
     EXPECT_EQ(out->Rows[16][4 * 21], static_cast<int>(30000 * 0.4 / 1.4 + 0.5));
     EXPECT_EQ(out->Rows[16][4 * 22], static_cast<int>(30000 * 0.6 / 1.6 + 0.5));

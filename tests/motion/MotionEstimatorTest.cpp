@@ -44,7 +44,7 @@ TEST(MatchBlock, FindsWhatAFullSearchFinds) {
     std::mt19937 random(5);
     const auto draw = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
     for (int round = 0; round < 1500; ++round) {
-        // Few grey values make ties, many make a single winner; blocks and guesses also lie outside.
+        // Few grey values make ties, many a single winner; some blocks and guesses lie outside.
         const int width = draw(1, 60);
         const int height = draw(1, 60);
         const int most = round % 3 == 0 ? 0 : round % 3 == 1 ? 2 : 255;
@@ -88,7 +88,7 @@ TEST(MotionEstimator, IsTheFieldOfTheDefinition) {
 }
 
 TEST(MotionEstimator, FindsAMovedSquare) {
-    // A textured square of 96 pixels on a plain ground moves by whole pixels, right and down.
+    // A textured square of 96 pixels on a plain background moves by whole pixels, right and down.
     const int moves[][2] = {{5, -3}, {-17, 11}, {30, 2}};
     for (const auto& move : moves) {
         const Picture previous = TexturedSquare(256, 224, 80, 64, 96);

@@ -8,12 +8,12 @@
 
 namespace k7::test {
 
-/// A core without an effect, for what needs no more than threads.
+/// A core without an effect, for what only needs threads.
 struct EmptyCore : PluginK7 {
     ImageOutputK7 Output;
 };
 
-/// Soft structure of a few sizes, so that blocks have something to hold on to.
+/// Soft structure of a few sizes, so that blocks have something to match.
 inline Picture Blobs(int width, int height, int seed) {
     return MakePicture(width, height, [&](int x, int y, int c) {
         const double u = x + 31.0 * seed, v = y + 17.0 * seed;

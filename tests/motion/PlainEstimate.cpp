@@ -107,7 +107,7 @@ void PlainFilter(PlainField& field, float limit) {
         }
 }
 
-/// Spreads one component from the grid. What lies outside of the cells becomes zero.
+/// Spreads one component from the grid. Everything outside the cells becomes zero.
 Plane<float> PlainDensify(const Plane<float>& grid) {
     Plane<float> out(grid.width, grid.height);
     for (int y = 8; y < grid.height - 16; y += 16)

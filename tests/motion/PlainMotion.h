@@ -7,14 +7,14 @@
 
 namespace k7::test {
 
-/// A plane of values that can be looked at outside of its edges.
+/// A plane of values that can be read outside its edges.
 template <class Value>
 struct Plane {
     Plane(int w, int h)
         : width(w)
         , height(h)
         , values(static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) {}
-    /// Filled with what a function gives for each place.
+    /// Filled by a function of the place.
     template <class Function>
     Plane(int w, int h, Function value) : Plane(w, h) {
         for (int y = 0; y < h; ++y)
@@ -43,16 +43,16 @@ struct PlainField {
     Plane<float> dy;
 };
 
-/// One block on one level with every pixel of every candidate compared. False if the guess is handed back.
+/// One block on one level with every pixel of every candidate compared. False if the guess is returned.
 bool PlainMatchBlock(const Plane<int>& current, const Plane<int>& previous, int bx, int by, int guessX,
                      int guessY, int* x, int* y);
 
-/// The estimator as its definition reads: whole planes, one stage after the other. The region is first
-/// column, last column, first row, last row.
+/// The estimator by definition: whole planes, one stage after the other. The region is first column, last
+/// column, first row, last row.
 PlainField PlainEstimate(const K7Image& previous, const K7Image& current, float preBlur, float outlierLimit,
                          const int (&region)[4]);
 
-/// The renderer as its definition reads, divided into chunks of rows as a frame is divided among threads.
+/// The renderer by definition, divided into chunks of rows as a frame is divided among threads.
 void PlainRender(K7Image& output, const K7Image& previous, const K7Image& current, const PlainField& field,
                  const BlurPaths& paths, int chunks);
 

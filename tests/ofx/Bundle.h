@@ -9,7 +9,7 @@
 
 namespace k7::test::ofx {
 
-// The standard's structures and statuses, as a host has them.
+// The standard's structures and statuses, from the host's side.
 constexpr int kOk = 0, kFailed = 1, kMemory = 8, kReplyDefault = 14, kImageFormat = 1000;
 
 using MainEntry = int (*)(const char* action, const void* handle, PropertySet* inArgs, PropertySet* outArgs);
@@ -26,14 +26,14 @@ struct PluginStruct {
 const std::vector<PluginStruct*>& Plugins();
 PluginStruct* FindPlugin(const std::string& effect); ///< "Clean"
 
-/// What an action says in return, and what it has set.
+/// What an action returned, and what it has set.
 struct Answer {
     int status;
     PropertySet out{kAnswers};
 };
 
-/// A bundle that a host has opened: all plug-ins are loaded, and unloaded in the end. What the plug-ins did
-/// against the standard fails the test.
+/// A bundle that a host has opened: all plug-ins are loaded, and unloaded at the end. Violations of the
+/// standard by the plug-ins fail the test.
 class Opened {
 public:
     explicit Opened(Habits habits = {});
@@ -43,7 +43,7 @@ public:
     int Call(PluginStruct* plugin, const char* action, void* handle = nullptr, PropertySet* in = nullptr,
              PropertySet* out = nullptr);
 
-    /// The plug-in as it describes itself, in a context.
+    /// The plug-in's description of itself in a context.
     std::unique_ptr<Effect> Describe(PluginStruct* plugin, const std::string& context, int* status = nullptr);
 
     StrictHost host;

@@ -157,7 +157,7 @@ TEST(OfxAnswers, OnlyDitherVariesFromFrameToFrame) {
     }
 }
 
-/// Whether a plug-in says that it does nothing.
+/// Whether a plug-in reports that it does nothing.
 bool IsIdentity(Scene& scene, double time) {
     PropertySet in = Scene::At(time), out(kAnswers);
     in.Put("OfxImageEffectPropFieldToRender", std::string("OfxFieldNone"));

@@ -58,7 +58,7 @@ TEST(OfxDescribe, TellsWhatTheStandardAsksFor) {
     }
 }
 
-/// The full range holds the shown one, and both the default.
+/// The full range contains the shown one, and both the default.
 void ExpectRanges(const Param& param) {
     const PropertySet& p = param.properties;
     const std::size_t axes = param.kind == "Double2D" ? 2 : 1;
@@ -99,7 +99,7 @@ TEST(OfxDescribe, ParametersAreThoseOfTheTool) {
             EXPECT_EQ(param->kind == "Choice", p.Count("OfxParamPropChoiceOption") > 1);
             if (param->kind != "Group" && param->kind != "Page") values += param->kind == "RGB" ? 3 : 1;
         }
-        // Each number, point and text of the tool; its switch of the depth appears turned round.
+        // Each number, point and text of the tool; its depth switch appears inverted.
         const host::Ref<host::Operator> op(tool->NewOperator(nullptr));
         std::size_t settings = 0;
         for (const host::Input* input : op->Inputs())

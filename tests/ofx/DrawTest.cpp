@@ -14,7 +14,7 @@ constexpr int kZoom = 5, kWidth = 61 * kZoom, kHeight = 43 * kZoom;
 struct Screen {
     std::vector<std::uint8_t> rgba = std::vector<std::uint8_t>();
 
-    /// Whether a colour stands within two pixels of a place.
+    /// Whether a colour is found within two pixels of a place.
     bool Has(int x, int y, std::array<int, 3> colour) const {
         for (int dy = -2; dy <= 2; ++dy)
             for (int dx = -2; dx <= 2; ++dx) {

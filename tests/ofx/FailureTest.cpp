@@ -5,7 +5,7 @@
 namespace k7::test::ofx {
 namespace {
 
-/// What an artist does first: open, set up, change, look, close. True if all of it went well.
+/// What an artist does first: open, set up, change, look, close. True if all of it succeeded.
 bool Session(Opened& opened, const std::string& effect) {
     Scene scene(opened, FindPlugin(effect), {.width = 24, .height = 16});
     if (scene.described != kOk || scene.Create() != kOk) return false;
@@ -18,7 +18,7 @@ bool Session(Opened& opened, const std::string& effect) {
 }
 
 // Each function of the suites that a session calls fails once, early and late, with each status. The plug-in
-// must neither crash nor keep anything, and be fine again afterwards.
+// must neither crash nor leak, and work again afterwards.
 TEST(OfxFailure, EachFunctionMayFailWithEachStatus) {
     std::map<std::string, int> calls;
     for (const char* effect : {"FlareSpot", "MoBlur"}) {
@@ -36,7 +36,7 @@ TEST(OfxFailure, EachFunctionMayFailWithEachStatus) {
                     opened.host.FailOn(function, nth, status);
                     Session(opened, effect);
                     opened.host.FailOn("", 0, 0);
-                    // What is left to be given back where the host refused to take it is the host's.
+                    // What the host refused to release remains the host's.
                     const auto faults = opened.host.TakeFaults();
                     for (const std::string& fault : faults)
                         EXPECT_TRUE(function == "clipReleaseImage" || function == "paramEditEnd") << fault;
@@ -97,7 +97,7 @@ TEST(OfxFailure, WithoutASourceTheOutputIsEmpty) {
     scene.Destroy();
 }
 
-// A host takes a frame back after any time; the render thread must notice soon, whatever the tool is at.
+// A host may abort a frame at any time; the render thread must notice soon, whatever the tool is doing.
 TEST(OfxFailure, AbortsAreNoticedAtAnyMoment) {
     using Clock = std::chrono::steady_clock;
     Opened opened;

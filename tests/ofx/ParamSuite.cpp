@@ -40,7 +40,7 @@ Status paramGetPropertySet(Param* param, PropertySet** properties) {
     return kOk;
 }
 
-/// Numbers of a parameter without all of its ranges, as a host that holds them within -1 to 1 gives them.
+/// Numbers of a parameter without all of its ranges, in a host that clamps them to -1 to 1.
 double Held(const Param& param, double value) {
     const auto has = [&](const char* range) { return param.properties.Count(range) > 0; };
     const bool all = has("OfxParamPropMin") && has("OfxParamPropMax") && has("OfxParamPropDisplayMin") &&

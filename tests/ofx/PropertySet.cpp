@@ -126,7 +126,7 @@ std::size_t PropertySet::Count(const std::string& name) const {
     return found == values.end() ? 0 : found->second.size();
 }
 
-/// What the standard has against an access; empty where nothing.
+/// What the standard objects to in an access; empty if nothing.
 std::string PropertySet::Misuse(const std::string& name, int index, std::size_t type, bool writes) const {
     if (what_ == kArguments || what_ == kAnswers) {
         const auto found = values.find(name);
@@ -162,7 +162,7 @@ int PropertySet::Get(const std::string& name, int index, std::size_t type, Value
     *fault = Misuse(name, index, type, false);
     if (!fault->empty()) return *fault == "has no such index" ? 10 : 3;
     const auto found = values.find(name);
-    if (found == values.end()) return 3; // this host does not have it, which is its right
+    if (found == values.end()) return 3; // this host does not have it, which is allowed
     if (index >= static_cast<int>(found->second.size())) return 10;
     *value = found->second[static_cast<std::size_t>(index)];
     return 0;

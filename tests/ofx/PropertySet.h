@@ -20,11 +20,11 @@ enum What : unsigned {
     kParam = 64,
     kImage = 128,
     kInteract = 256,
-    kArguments = 512, ///< what an action gives: nothing else may be asked for
-    kAnswers = 1024,  ///< what an action takes: nothing else may be set
+    kArguments = 512, ///< what an action passes: nothing else may be read
+    kAnswers = 1024,  ///< what an action accepts: nothing else may be set
 };
 
-/// A property set of the strict host. Each access is checked against the standard; `fault` then says what is
+/// A property set of the strict host. Each access is checked against the standard; `fault` is told what is
 /// wrong with it.
 class PropertySet {
 public:

@@ -43,9 +43,9 @@ std::string Alphanumeric(std::string text) {
 class Reference {
 public:
     Reference(const std::string& effect, Scene& scene) : frames_(scene.layout) {
-        host::GetApp()->Division = 1; // as all front ends have it
+        host::GetApp()->Division = 1; // as in all front ends
         host::Registry* tool = host::ClassRegistry().Find(host::FuID(("K7." + effect).c_str()));
-        document_.Silent = true; // values come as they are, without reactions
+        document_.Silent = true; // values are set without reactions
         op = Ref<host::Operator>(tool->NewOperator(&document_));
         op->SetExtent({0.0, 24.0, 1.0});
         for (host::Input* input : op->Inputs()) {
@@ -77,14 +77,14 @@ private:
     NoiseFrames frames_;
 
 public:
-    Ref<host::Operator> op; ///< goes before its document
+    Ref<host::Operator> op; ///< destroyed before its document
 
 private:
     std::unique_ptr<host::Request> request_;
 };
 
 void ExpectSame(const std::string& effect, Scene& scene, double time, double scale = 1.0) {
-    const Processors four(4); // as the host says
+    const Processors four(4); // as the host reports
     ASSERT_EQ(kOk, scene.Render(time, scale));
     Reference reference(effect, scene);
     const Image* expected = reference.Render(time);
@@ -92,7 +92,7 @@ void ExpectSame(const std::string& effect, Scene& scene, double time, double sca
     EXPECT_EQ("", DifferenceTo(*expected, scene));
 }
 
-/// Values of the user: anything within the range that is shown.
+/// Values of the user: anything within the shown range.
 void Shuffle(Scene& scene, unsigned seed) {
     std::minstd_rand random(seed);
     for (const auto& param : scene.effect.params) {
@@ -142,7 +142,7 @@ TEST_P(OfxFrames, EachLayoutOfPicturesGivesTheToolsOwnFrame) {
     EXPECT_TRUE(opened.host.spread > 0 || GetParam() == "Sharpen"); // which works on one thread
 }
 
-// A proxy of half and of a quarter of the size, and what hosts tell of its scale: the truth, its inverse,
+// A proxy of half and of a quarter of the size, and what hosts report as its scale: the truth, its inverse,
 // nothing.
 TEST(OfxScale, LengthsInPixelsFollowTheProxy) {
     const struct {
@@ -203,7 +203,7 @@ TEST(OfxRender, PixelsThatAreNotThereAreEmpty) {
     const auto whole = source.picture;
     source.picture = [&](double time) {
         Pixels* pixels = whole(time);
-        pixels->bounds = {0, 0, 61, 20}; // the rows above are not given
+        pixels->bounds = {0, 0, 61, 20}; // the rows above are missing
         return pixels;
     };
     scene["RadB"].value.real[0] = 0.1;

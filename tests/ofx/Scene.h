@@ -8,13 +8,13 @@
 
 namespace k7::test::ofx {
 
-/// How a host lays its pictures out.
+/// How a host lays out its pictures.
 struct Layout {
     host::Depth depth = host::Depth::Float;
     int channels = 4;
     bool downwards = false; ///< the first row is the upper one
     int x = 0, y = 0;       ///< where the picture's corner lies
-    int border = 0;         ///< of the output round the source
+    int border = 0;         ///< of the output around the source
     int width = 61, height = 43;
 };
 
@@ -34,7 +34,7 @@ public:
     void Connect(const std::string& clip);
 
     int Render(double time, double scale = 1.0, std::optional<std::array<int, 4>> window = {});
-    /// The user, or who else, has edited a parameter.
+    /// The user, or someone else, has edited a parameter.
     int Change(const std::string& param, double time, const char* reason = "OfxChangeUserEdited");
     int Call(const char* action, PropertySet* in = nullptr, PropertySet* out = nullptr) {
         return opened_.Call(plugin_, action, &effect, in, out);
@@ -44,7 +44,7 @@ public:
     Param& operator[](const std::string& name) { return *effect.FindParam(name); }
 
     Effect effect{kEffect};
-    Pixels output; ///< what the last render left
+    Pixels output; ///< of the last render
     const Layout layout;
     std::array<double, 4> fullRegion{}; ///< of the source, in canonical coordinates
 
@@ -57,7 +57,7 @@ private:
     std::map<double, std::unique_ptr<Pixels>> sources_;
 };
 
-/// What is wrong with the output where it should be the reference, or empty; the first such place.
+/// The first place where the output differs from the reference; empty if none.
 std::string DifferenceTo(const host::Image& reference, const Scene& scene);
 
 } // namespace k7::test::ofx

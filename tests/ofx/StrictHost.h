@@ -38,7 +38,7 @@ struct Param {
     ParamValue& At(double time);
 };
 
-/// The pixels of a frame and where they lie, as a clip gives them.
+/// The pixels of a frame and their position, as a clip provides them.
 struct Pixels {
     std::vector<std::byte> bytes;
     std::byte* bottom = nullptr; ///< of the first row
@@ -54,9 +54,9 @@ struct Clip {
     const std::string name;
     PropertySet properties;
     Effect* effect = nullptr;
-    std::function<Pixels*(double time)> picture; ///< null where nothing is connected; may give null
+    std::function<Pixels*(double time)> picture; ///< null if nothing is connected; may return null
     std::array<double, 4> region{};              ///< in canonical coordinates
-    std::set<double> asked;                      ///< the times at which pictures were
+    std::set<double> asked;                      ///< the times at which pictures were read
 };
 
 /// A plug-in in a context, or an instance of it.
@@ -82,18 +82,18 @@ struct Interact {
     int redraws = 0;
 };
 
-/// What other hosts do without, or do otherwise than the standard has it.
+/// What other hosts lack, or do differently from the standard.
 struct Habits {
     bool threads = true, messages = true, messagesV2 = true, interacts = true;
     int pages = 100;
     bool half = true;            ///< the property takes "half" among the depths
-    bool imageScale = true;      ///< images tell their scale
-    bool imageRegion = true;     ///< images tell their region of definition
+    bool imageScale = true;      ///< images report their scale
+    bool imageRegion = true;     ///< images report their region of definition
     bool hostHandles = true;     ///< knows the switch of its own handles
-    bool clampsUnranged = false; ///< numbers are held within -1 to 1 unless all ranges are set
+    bool clampsUnranged = false; ///< numbers are clamped to -1 to 1 unless all ranges are set
 };
 
-/// A host that holds a plug-in to the standard: what goes against it is written down. One at a time.
+/// A host that checks a plug-in against the standard and records violations. One at a time.
 class StrictHost {
 public:
     explicit StrictHost(Habits habits = {});
@@ -117,11 +117,11 @@ public:
     /// The n-th call of a suite function from now on answers with a status.
     void FailOn(const std::string& function, int nth, int status);
     bool HasFailed() const { return failed_; }
-    /// Functions called so far, with how often.
+    /// Functions called so far, with their counts.
     std::map<std::string, int> Calls();
 
-    /// A call of a suite's function: checks that it comes from within an action that allows it. Negative, or
-    /// the status that it has to answer with.
+    /// A call of a suite's function: checks that it comes from within an action that allows it. Returns the
+    /// status to answer with, or a negative number.
     int Entered(const std::string& function, const char* allowedActions = nullptr, bool anyThread = false);
 
     std::mutex mutex;            ///< guards what suites change
@@ -147,7 +147,7 @@ private:
 /// Marks this thread as being within an action.
 class ActionScope {
 public:
-    static int& PicturesOut(); ///< not given back yet by this thread
+    static int& PicturesOut(); ///< not yet released by this thread
 
     explicit ActionScope(std::string action);
     ~ActionScope();

@@ -8,7 +8,7 @@ using Status = int;
 inline constexpr Status kOk = 0, kFailed = 1, kUnknown = 3, kUnsupported = 5, kExists = 6, kBadHandle = 9,
                         kValue = 11;
 
-// Where the standard allows what. Each name is followed by a blank.
+// The actions in which the standard allows which calls. Each name is followed by a blank.
 inline constexpr char kWhereDefined[] = "OfxImageEffectActionDescribeInContext ";
 inline constexpr char kWhereWritten[] =
     "OfxActionCreateInstance OfxActionBeginInstanceChanged OfxActionInstanceChanged "
@@ -21,11 +21,11 @@ inline StrictHost& Host() {
     return StrictHost::Now();
 }
 
-/// Begins each function: answers for it where it has to fail.
+/// Begins each function: returns for it if it has to fail.
 #define ENTER(...)                                                                                           \
     if (const int answer = Host().Entered(__func__ __VA_OPT__(, ) __VA_ARGS__); answer >= 0) return answer
 
-/// Stands for members that the plug-in has no need of.
+/// Stands for members that the plug-in does not need.
 inline Status notExpected() {
     Host().Fault("a suite's function that nobody expected");
     return kUnsupported;

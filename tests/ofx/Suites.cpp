@@ -58,7 +58,7 @@ Status propGetPointer(PropertySet* set, const char* name, int index, void** valu
 }
 Status propGetString(PropertySet* set, const char* name, int index, char** value) {
     ENTER();
-    static thread_local std::string kept[8]; // a text lives until the plug-in has asked for some others
+    static thread_local std::string kept[8]; // a text lives until the plug-in has read several others
     static thread_local unsigned next = 0;
     std::string& text = kept[next++ % 8];
     const Status status = GetValue(set, name, index, &text);
@@ -144,7 +144,7 @@ Status clipGetImage(Clip* clip, double time, const double*, PropertySet** set) {
     return kOk;
 }
 Status clipReleaseImage(PropertySet* image) {
-    const int answer = Host().Entered(__func__, kWherePictures); // it is taken back in any case
+    const int answer = Host().Entered(__func__, kWherePictures); // it is released in any case
     if (!Host().Live<PropertySet>(image, "properties")) return kBadHandle;
     Host().Leave(image);
     delete image;

@@ -46,11 +46,11 @@ public:
 
     PluginK7* Core = nullptr;
     int Threads = 1;
-    int Parts = 0; ///< into which the frame is divided; 0: as many as threads
+    int Parts = 0; ///< into which the frame is divided; 0: one per thread
     bool OnThreads = false;
     unsigned Seed = 1;
     std::atomic<bool> Aborted = false;
-    mutable std::atomic<long> AsksLeft = -1; ///< before the frame aborts by itself; -1: it does not
+    mutable std::atomic<long> AsksLeft = -1; ///< before the frame aborts; -1: never
     std::vector<std::string> Messages;
 
 private:
@@ -67,7 +67,7 @@ struct CoreRunner {
         chunks.Owner = &owner;
     }
 
-    /// Runs one frame from `input` (as the input slot's image) and gives the output.
+    /// Runs one frame from `input` (as the input slot's image) and returns the output.
     template <class Sample>
     std::unique_ptr<PictureK7<Sample>> Run(PictureK7<Sample>& input, ImageInputK7& slot) {
         auto output = PictureK7<Sample>::MakeCopy(input);

@@ -7,7 +7,7 @@
 
 namespace k7::test {
 
-/// While it lives, the tracked allocator gives `good` blocks and then none. One at a time.
+/// For its lifetime, the tracked allocator returns `good` blocks and then null. One at a time.
 class FailingMemory {
 public:
     explicit FailingMemory(int good) : left_(good) {
@@ -23,7 +23,7 @@ public:
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
 
-    /// Whether all blocks asked for were given.
+    /// Whether all requested blocks were allocated.
     bool Sufficed() const { return left_ >= 0; }
 
 private:

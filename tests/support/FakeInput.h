@@ -8,7 +8,7 @@
 
 namespace k7::test {
 
-/// A host input in memory that writes down all that is done to it.
+/// A host input in memory that records everything that is done to it.
 class FakeInput : public ControlInput {
 public:
     explicit FakeInput(std::string name = "") : Label(std::move(name)) {}

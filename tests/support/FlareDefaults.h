@@ -6,7 +6,7 @@
 
 namespace k7::test {
 
-/// The values that a new tool has: the light map is shown.
+/// The values of a new tool: the light map is shown.
 inline void SetDefaults(Flare& core) {
     core.LightMapOnly.Value = 1;
     core.Centre.Value = {0.2, 0.3};

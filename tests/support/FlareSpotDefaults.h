@@ -4,7 +4,7 @@
 
 namespace k7::test {
 
-/// The values that a new tool has.
+/// The values of a new tool.
 inline void SetDefaults(FlareSpot& core) {
     core.StartControl.Value = {0.9, 0.9};
     core.EndControl.Value = {0.1, 0.1};

@@ -14,7 +14,7 @@ namespace k7::test {
 using Picture = std::unique_ptr<K7Image>;
 using FloatPicture = std::unique_ptr<FloatImageK7>;
 
-/// A picture whose words a function gives: word(x, y, channel).
+/// A picture from a function word(x, y, channel).
 inline Picture MakePicture(int width, int height, const std::function<int(int, int, int)>& word) {
     Picture picture = K7Image::Make(width, height);
     for (int y = 0; y < height; ++y)
@@ -32,7 +32,7 @@ inline Picture Flat(int width, int height, int word) {
     return Flat(width, height, word, word, word, word);
 }
 
-/// Words from 0 to 32767 without any order; the same for the same seed everywhere.
+/// Pseudo-random words from 0 to 32767; the same for the same seed everywhere.
 inline Picture Noise(int width, int height, std::uint32_t seed = 1) {
     std::uint32_t state = seed * 2654435761u + 1u;
     return MakePicture(width, height, [&](int, int, int) {

@@ -5,14 +5,14 @@
 
 namespace k7::test {
 
-/// A nameless file to be written to as a stream and looked at as a text.
+/// A nameless file that is written as a stream and read as a text.
 struct TextFile {
     TextFile() = default;
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
     ~TextFile() { std::fclose(Stream); }
 
-    /// All that has been written.
+    /// Everything that has been written.
     std::string Text() const {
         std::fflush(Stream);
         std::string text(static_cast<std::size_t>(std::ftell(Stream)), '\0');

@@ -15,7 +15,7 @@
 namespace k7::test {
 namespace {
 
-/// Raises an operator's abort flag after a while, should the frame still be in work.
+/// Raises an operator's abort flag after a while, if the frame is still in progress.
 class Deadline {
 public:
     Deadline(host::Operator& op, std::chrono::milliseconds after)

@@ -30,7 +30,7 @@ struct FlareTool {
 TEST(FlareTool, SwatchAndLevelFollowEachOtherWithoutLooping) {
     FlareTool tool("K7Flare");
     tool.Set("LoLi", 60.0);
-    ASSERT_FALSE(tool.stage.Render().empty()); // what a swatch follows is the value of the last frame
+    ASSERT_FALSE(tool.stage.Render().empty()); // a swatch follows the value of the last frame
     tool.Set("LoLi", 60.0);
     for (const char* id : {"LooR", "LooG", "LooB"}) EXPECT_NEAR(tool.Value(id), 0.6, 1e-4);
     EXPECT_EQ(tool.Value("LoLi"), 60.0) << "its own echo does not write to it";
@@ -77,7 +77,7 @@ TEST(FlareTool, LightMapOfAnotherSizeIsFittedToTheBackground) {
 
 TEST(FlareSpotTool, OverrideSetDuringAFrameShowsTheColours) {
     FlareTool tool("K7FlareSpot");
-    tool.Set("Lens", 4.0); // the user's, whose file is missing: the frame says so while it is in progress
+    tool.Set("Lens", 4.0); // the user's, whose file is missing: the frame reports it while it is in progress
     host::GetApp()->SetMessageListener([&](const host::Operator&, const std::string&) {
         EXPECT_FALSE(tool.Shown("CouR"));
         tool.Set("ClOv", 1.0);

@@ -12,7 +12,7 @@ namespace {
 constexpr int kWide = 72, kHigh = 40;
 constexpr float kWhite = 32767.0f;
 
-/// A word from 0 to 32767 for each place, without any order.
+/// A pseudo-random word from 0 to 32767 for each place.
 int NoiseWord(int x, int y, int c) {
     auto state = static_cast<std::uint32_t>((y * kWide + x) * 4 + c + 1) * 2654435761u;
     state ^= state >> 15;
@@ -20,7 +20,7 @@ int NoiseWord(int x, int y, int c) {
     return static_cast<int>(state >> 13 & 0x7fffu);
 }
 
-/// What makes a tool's effect show on so small a picture, and keeps flares to lights of the noise.
+/// Settings that make a tool's effect visible on so small a picture, and limit flares to lights of the noise.
 const std::map<std::string, std::vector<std::pair<const char*, double>>> kStrong = {
     {"K7Clean", {{"XRad", 30}, {"YRad", 30}}},
     {"K7Defocus", {{"RadB", 6}}},
@@ -82,7 +82,8 @@ TEST_F(Floats, LinearToolsAreLinear) {
     for (const char* name :
          {"K7Sharpen", "K7Defocus", "K7VGaussian", "K7DBlur", "K7CrashZoom", "K7Dither", "K7Clean"})
         for (const float gain : {8.0f, 0.001f, -1.0f}) {
-            if (gain < 0.0f && name == std::string("K7Clean")) continue; // the upper median is not the lower
+            if (gain < 0.0f && name == std::string("K7Clean"))
+                continue; // the upper median is not the lower one
             FloatClip scaled = Noise(gain);
             EXPECT_LE(Furthest(Render(name, scaled), Render(name, clip), gain), 1e-5 * std::abs(gain))
                 << name << " " << gain;

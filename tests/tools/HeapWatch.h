@@ -11,9 +11,9 @@
 
 namespace k7::test {
 
-/// Counts every block of the image code, and looks at each picture when it is given back: no word may ever
-/// leave the range of pictures. Blocks come zeroed, so that a picture nobody wrote to holds nothing else.
-/// Of float pictures it only counts the blocks.
+/// Counts every block of the image code, and checks each picture when it is freed: no word may ever leave the
+/// range of pictures. Blocks are zeroed, so that an unwritten picture is valid. For float pictures it only
+/// counts the blocks.
 class HeapWatch {
 public:
     explicit HeapWatch(bool floats = false) : floats_(floats) {
@@ -28,9 +28,9 @@ public:
     /// Bytes now in use beyond those at the start.
     std::int64_t Growth() const { return BytesInUse() - bytesBefore_; }
 
-    /// Lets the allocation that comes after `n` more ones fail, and that one only.
+    /// Makes a single allocation fail, the one after `n` more.
     void FailAfter(int n) { countdown_ = n; }
-    /// Whether it has come to that.
+    /// Whether that has happened.
     bool HasFailed() const { return countdown_ == -1; }
 
     std::int64_t BlocksLeft() const { return Blocks() - blocksBefore_; }
@@ -42,7 +42,7 @@ private:
     static std::int64_t BytesInUse() {
         return static_cast<std::int64_t>(hm_normal.BytesInUse + hm_image.BytesInUse);
     }
-    /// Blocks that were handed out and have not come back.
+    /// Blocks that are allocated and not yet freed.
     static std::int64_t Blocks() {
         return static_cast<std::int64_t>(hm_normal.Allocations + hm_image.Allocations) -
                static_cast<std::int64_t>(hm_normal.Frees + hm_image.Frees);

@@ -13,7 +13,7 @@ class ToolMemory : public testing::TestWithParam<host::Registry*> {};
 INSTANTIATE_TEST_SUITE_P(Registry, ToolMemory, testing::ValuesIn(Tools()),
                          [](const auto& tool) { return tool.param->GetAttrS(host::kTagRegName); });
 
-/// Turns every check box and list the other way, which brings the less usual stages of a tool to work.
+/// Switches every check box and list, which makes the less usual stages of a tool run.
 void TurnSwitches(Stage& stage) {
     for (host::Input* input : stage.Settings()) {
         const std::string kind = input->GetAttrS(host::kTagControlKind);

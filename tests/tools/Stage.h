@@ -84,7 +84,7 @@ public:
                 input->Connect(&clip);
     }
 
-    /// Renders a frame; the values of the picture, bottom row first, or none if there was no output.
+    /// Renders a frame; the values of the picture, bottom row first, empty if there was no output.
     std::vector<float> Render(double time = 3.0) {
         host::Request request(time);
         op->Render(&request);

@@ -9,7 +9,7 @@
 namespace k7::test {
 namespace {
 
-/// A view without a picture behind it: what is drawn there is lost.
+/// A view without a picture behind it: drawing there has no effect.
 class BlindView : public host::PreviewInfo {
 public:
     BlindView() {
@@ -38,7 +38,7 @@ public:
         stage_.op->ControlUp(control, &view_, nullptr, nullptr);
     }
 
-    /// Sets each of the tool's controls to the value that it has.
+    /// Sets each of the tool's controls to its current value.
     void Touch() {
         for (host::Input* input : stage_.Settings()) {
             const host::Ref<host::Parameter> value(input->GetSource(3.0));
@@ -60,7 +60,7 @@ TEST_P(ToolInWindow, IsDraggedWhileItRendersAndThenIsAsBefore) {
     const Processors processors(2);
     NoiseClip clip(65, 63);
     Stage stage(*GetParam(), clip);
-    const std::vector<float> alone = stage.Render(); // what is drawn at random at the first frame stays
+    const std::vector<float> alone = stage.Render(); // random numbers drawn at the first frame are kept
     Window window(stage);
     std::vector<std::pair<host::Input*, host::Curve>> before;
     for (host::Input* input : stage.Settings()) before.emplace_back(input, input->GetCurve());
@@ -75,7 +75,7 @@ TEST_P(ToolInWindow, IsDraggedWhileItRendersAndThenIsAsBefore) {
     } while (frames < 12);
     renderer.join();
 
-    stage.document.Silent = true; // no style list writes its sliders again
+    stage.document.Silent = true; // style lists do not write their sliders again
     for (const auto& [input, curve] : before) input->SetCurve(curve);
     EXPECT_EQ(stage.Render(), alone);
 }
