@@ -98,7 +98,7 @@ void* MonitoredMalloc(const Kind& kind, std::size_t size, const char* file, int 
 }
 
 /// Frees a block of a table and removes its entry. False if the table does not have it; the block is then
-/// left alone.
+/// untouched.
 bool FreeTracked(const Kind& kind, void* pointer, const char* file, int line, HeapEntry* entry) {
     const MonitorClock clock;
     const std::uintptr_t address = AddressOf(pointer);

@@ -12,8 +12,8 @@ namespace k7::bench {
 inline constexpr int kWidth = 1920;
 inline constexpr int kHeight = 1080;
 
-/// Measures words and floats, with one thread and with all of the machine: numbers that the benchmark finds
-/// in state.range(0) for the threads and state.range(1), 1 for floats: BENCHMARK(Name)->Apply(OneAndAll).
+/// Measures words and floats, with one thread and with all of the machine: state.range(0) is the number of
+/// threads, state.range(1) is 1 for floats. Use: BENCHMARK(Name)->Apply(OneAndAll).
 inline void OneAndAll(benchmark::internal::Benchmark* measure) {
     measure->ArgNames({"threads", "floats"})->UseRealTime()->Unit(benchmark::kMillisecond);
     const int all = static_cast<int>(std::thread::hardware_concurrency());
@@ -22,7 +22,7 @@ inline void OneAndAll(benchmark::internal::Benchmark* measure) {
             for (int floats : {0, 1}) measure->Args({threads, floats});
 }
 
-/// Reports megapixels a second for pictures of this size.
+/// Reports megapixels per second for pictures of this size.
 inline void CountPixels(benchmark::State& state, int width = kWidth, int height = kHeight) {
     const double pixels = static_cast<double>(state.iterations()) * width * height;
     state.counters["MPix/s"] = benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsRate);
@@ -42,8 +42,8 @@ void RunFramesOf(benchmark::State& state, ImageInputK7 Core::*slot, PictureK7<Sa
     CountPixels(state);
 }
 
-/// Runs an effect's Process again and again on noise. `setUp(core)` gives the settings and may connect
-/// further images; `slot` is the input that gets the noise.
+/// Runs an effect's Process repeatedly on noise. `setUp(core)` sets the controls and may connect further
+/// images; `slot` is the input that gets the noise.
 template <class Core, class SetUp>
 void RunFrames(benchmark::State& state, ImageInputK7 Core::*slot, SetUp setUp) {
     const test::Picture in = test::Noise(kWidth, kHeight);

@@ -7,7 +7,7 @@
 namespace k7::bench {
 namespace {
 
-/// A frame with `lights` lights in a square round the middle, all else dark.
+/// A frame with `lights` lights in a square around the middle, all else dark.
 template <class Core>
 void FramesWithLights(benchmark::State& state, int lights, void (*change)(Core&) = nullptr) {
     int side = 1;
@@ -56,7 +56,7 @@ void Flare2Large(benchmark::State& state) {
 }
 BENCHMARK(Flare2Large)->Apply(OneAndAll);
 
-/// The tables of Flare2 at its defaults, made anew each time.
+/// The tables of Flare2 at its defaults, computed again each time.
 void FlareTablesAnew(benchmark::State& state) {
     for (auto _ : state) {
         FlareTables<float> tables;

@@ -17,7 +17,7 @@ struct Scene : FrameSource {
         previous = test::Window(*wide, 0, 0, kWidth, kHeight);
         const test::Picture panned = test::Window(*wide, 23, 9, kWidth, kHeight);
         current = test::MakePicture(kWidth, kHeight, [&](int x, int y, int c) {
-            // Mixed: a disc in the middle, half as wide as the frame is high, moves over what stands still.
+            // Mixed: a disc in the middle, half as wide as the frame is high, moves over a still background.
             const int u = x - kWidth / 2, v = y - kHeight / 2;
             const bool moves = motion == kPan || (motion == kMixed && u * u + v * v < kHeight * kHeight / 16);
             return (moves ? *panned : *previous).Rows[y][4 * x + c];

@@ -25,7 +25,7 @@ public:
         norm_ = Real(1) / static_cast<Real>(2.0f * std::sqrt(static_cast<float>(square)));
     }
 
-    /// Share of the step that goes to the side pixel; the sign tells on which side that lies.
+    /// Share of the step that goes to the side pixel; the sign says on which side that lies.
     Real Coverage() const { return static_cast<Real>(offset_) * norm_; }
 
     /// The side pixel, from the main pixel: one along the minor axis on the positive side of the line, or one
