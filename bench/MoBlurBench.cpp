@@ -99,13 +99,13 @@ void MoBlurFrame(benchmark::State& state) {
         core.ImageInput.Input = &scene;
         core.Time = 1.0;
         core.ExtentEnd = 2.0;
-        core.Prss.Value = 1;
-        core.Maps.Value = 5;
-        core.LTsh.Value = 2.0;
-        core.LSle.Value = core.Stht.Value = core.Enht.Value = 1.0;
-        core.Prur.Value = 2.5;
-        core.Cere.Value = {0.5, 0.5};
-        core.XSle.Value = core.YSle.Value = 0.5;
+        core.ApplyMotionBlur.Value = 1;
+        core.MaxSteps.Value = 5;
+        core.Threshold.Value = 2.0;
+        core.LengthScale.Value = core.StartWeight.Value = core.EndWeight.Value = 1.0;
+        core.PreBlur.Value = 2.5;
+        core.Centre.Value = {0.5, 0.5};
+        core.ScaleX.Value = core.ScaleY.Value = 0.5;
     });
 }
 BENCHMARK(MoBlurFrame<kStill>)->Apply(OneAndAll);

@@ -42,31 +42,31 @@ void MoBlur::Process() {
 template <class Sample>
 void MoBlur::Blur(const PictureK7<Sample>& current, PictureK7<Sample>& output) {
     const Box region = Region(output.Width, output.Height);
-    if (Prss.Value != 0 && MakeBuffers<Sample>(output.Width, output.Height))
+    if (ApplyMotionBlur.Value != 0 && MakeBuffers<Sample>(output.Width, output.Height))
         RenderFrame(current, output, region);
     if (!ProcessAlpha) output.CopyAlpha(&current);
 }
 
 void MoBlur::RefreshControls() {
     int matched = 0;
-    Maes.Get(kTimeNow, &matched);
-    YSle.SetHidden(matched != 0);
+    MatchScales.Get(kTimeNow, &matched);
+    ScaleY.SetHidden(matched != 0);
     ApplyBlurChanged();
 }
 
 void MoBlur::ApplyBlurChanged() {
     int blurred = 0;
-    Prss.Get(kTimeNow, &blurred);
-    Sers.SetHidden(blurred == 0);
+    ApplyMotionBlur.Get(kTimeNow, &blurred);
+    DisplayVectors.SetHidden(blurred == 0);
 }
 
 void MoBlur::AutoBoundChanged(double time) {
     int bound = 0;
-    Aund.Get(time, &bound);
-    ABsh.SetHidden(bound != 1);
-    Auey.SetHidden(bound != 1);
-    Auey.SetDisabled(bound != 1);
-    if (bound == 1) Maes.Set(kTimeNow, 0);
+    AutoBound.Get(time, &bound);
+    BoundThreshold.SetHidden(bound != 1);
+    AutoKey.SetHidden(bound != 1);
+    AutoKey.SetDisabled(bound != 1);
+    if (bound == 1) MatchScales.Set(kTimeNow, 0);
 }
 
 template <class Sample>
@@ -77,8 +77,8 @@ void MoBlur::RenderFrame(const PictureK7<Sample>& current, PictureK7<Sample>& ou
     const PictureK7<Sample>& previous = before ? kept : current;
 
     MotionSearch search;
-    search.PreBlur = static_cast<float>(Prur.Value);
-    search.OutlierLimit = static_cast<float>(Percent(LTsh.Value));
+    search.PreBlur = static_cast<float>(PreBlur.Value);
+    search.OutlierLimit = static_cast<float>(Percent(Threshold.Value));
     search.FirstColumn = region.FirstColumn;
     search.LastColumn = region.LastColumn;
     search.FirstRow = region.FirstRow;
@@ -87,10 +87,10 @@ void MoBlur::RenderFrame(const PictureK7<Sample>& current, PictureK7<Sample>& ou
     if (!field || IsAborted()) return; // the output is still the copy of the input
 
     BlurPaths paths;
-    paths.StepLimit = Trunc(Maps.Value + 1.0);
-    paths.Scale = static_cast<float>(LSle.Value);
-    paths.StartWeight = static_cast<float>(Stht.Value);
-    paths.EndWeight = static_cast<float>(Enht.Value);
+    paths.StepLimit = Trunc(MaxSteps.Value + 1.0);
+    paths.Scale = static_cast<float>(LengthScale.Value);
+    paths.StartWeight = static_cast<float>(StartWeight.Value);
+    paths.EndWeight = static_cast<float>(EndWeight.Value);
     renderer_.RenderBlur(*this, output, previous, current, *field, paths);
     Publish(field);
 }
@@ -114,18 +114,18 @@ bool MoBlur::MakeBuffers(int width, int height) {
 MoBlur::Box MoBlur::Region(int width, int height) {
     Box bounds;
     const double frame = std::trunc(Time);
-    if (Aund.Value == 0 || !FindBounds(frame - 1.0, width, height, &bounds))
+    if (AutoBound.Value == 0 || !FindBounds(frame - 1.0, width, height, &bounds))
         return RegionOfControls(width, height);
     WriteRegion(bounds, width, height);
     return bounds;
 }
 
 MoBlur::Box MoBlur::RegionOfControls(double width, double height) const {
-    const double scaleY = Maes.Value != 0 ? XSle.Value : YSle.Value;
-    return {Trunc((Cere.Value.x - XSle.Value * 0.5) * width),
-            Trunc((Cere.Value.x + XSle.Value * 0.5) * width),
-            Trunc(height * Cere.Value.y - width * 0.5 * scaleY),
-            Trunc(height * Cere.Value.y + width * 0.5 * scaleY)};
+    const double scaleY = MatchScales.Value != 0 ? ScaleX.Value : ScaleY.Value;
+    return {Trunc((Centre.Value.x - ScaleX.Value * 0.5) * width),
+            Trunc((Centre.Value.x + ScaleX.Value * 0.5) * width),
+            Trunc(height * Centre.Value.y - width * 0.5 * scaleY),
+            Trunc(height * Centre.Value.y + width * 0.5 * scaleY)};
 }
 
 bool MoBlur::FindBounds(double frame, int width, int height, Box* bounds) {
@@ -147,7 +147,7 @@ bool MoBlur::FindBounds(double frame, int width, int height, Box* bounds) {
 }
 
 MoBlur::Box MoBlur::BrightBox(const K7Image& picture) const {
-    const std::int64_t limit = static_cast<std::int64_t>(Trunc(Percent(ABsh.Value))) * 16;
+    const std::int64_t limit = static_cast<std::int64_t>(Trunc(Percent(BoundThreshold.Value))) * 16;
     const auto bright = [&](int x, int y) {
         const u16* pixel = picture.Rows[y] + static_cast<std::ptrdiff_t>(x) * K7Image::Channels;
         return Brightness16(pixel[0], pixel[1], pixel[2]) > limit;
@@ -175,30 +175,30 @@ void MoBlur::WriteRegion(const Box& bounds, int width, int height) {
     const float x = static_cast<float>((w * 0.5 + bounds.FirstColumn) / width);
     const float y = static_cast<float>((h * 0.5 + bounds.FirstRow) / height);
     const auto write = [&](double time) {
-        Cere.Set(time, x, y);
-        XSle.Set(time, w / static_cast<float>(width));
-        YSle.Set(time, h / static_cast<float>(width));
+        Centre.Set(time, x, y);
+        ScaleX.Set(time, w / static_cast<float>(width));
+        ScaleY.Set(time, h / static_cast<float>(width));
     };
     write(kTimeNow);
-    if (Auey.Value != 0) write(Trunc(Time));
+    if (AutoKey.Value != 0) write(Trunc(Time));
 }
 
 void MoBlur::Publish(const MotionField* field) {
     const std::lock_guard lock(fieldMutex_);
     field_ = field;
-    showVectors_ = Sers.Value != 0;
+    showVectors_ = DisplayVectors.Value != 0;
 }
 
 void MoBlur::Draw() {
     DrawVectors();
-    CentreWidget.DrawAt(Cere.Shown);
+    CentreWidget.DrawAt(Centre.Shown);
     if (!RegionWidget.Visible) return;
-    RegionWidget.X = static_cast<float>(Cere.Shown.x);
-    RegionWidget.Y = static_cast<float>(Cere.Shown.y);
-    RegionWidget.Width = static_cast<float>(XSle.Shown);
-    RegionWidget.Height = static_cast<float>(YSle.Shown);
+    RegionWidget.X = static_cast<float>(Centre.Shown.x);
+    RegionWidget.Y = static_cast<float>(Centre.Shown.y);
+    RegionWidget.Width = static_cast<float>(ScaleX.Shown);
+    RegionWidget.Height = static_cast<float>(ScaleY.Shown);
     RegionWidget.Rotation = 0.0f;
-    RegionWidget.Square = Maes.Value != 0;
+    RegionWidget.Square = MatchScales.Value != 0;
     RegionWidget.Draw();
 }
 

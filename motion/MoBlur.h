@@ -20,21 +20,21 @@ struct MoBlurInfo {
     CrosshairOverlayK7 CentreWidget;
     RectangleOverlayK7 RegionWidget;
 
-    CheckboxControlK7 Prss; ///< apply the blur; otherwise the frame passes through
-    IntegerControlK7 Maps;  ///< steps of a path: one less than its samples
-    FloatControlK7 LTsh;    ///< limit for outliers, in percent of full scale
-    FloatControlK7 LSle;    ///< length of a path, in vectors
-    FloatControlK7 Prur;    ///< reach of the Gaussian before the analysis, in pixels of the frame
-    FloatControlK7 Stht;    ///< weights at the start and the end of a path
-    FloatControlK7 Enht;
-    CheckboxControlK7 Sers; ///< draw the vectors
-    CheckboxControlK7 Aund; ///< find the region in the matte
-    FloatControlK7 ABsh;    ///< brightness from which a pixel belongs to the region, in percent
-    CheckboxControlK7 Auey; ///< key the region that was found
-    PositionControlK7 Cere; ///< centre of the region
-    CheckboxControlK7 Maes; ///< the region is as high as it is wide
-    FloatControlK7 XSle;    ///< sides of the region, both as fractions of the frame's width
-    FloatControlK7 YSle;
+    CheckboxControlK7 ApplyMotionBlur; ///< apply the blur; otherwise the frame passes through
+    IntegerControlK7 MaxSteps;         ///< steps of a path: one less than its samples
+    FloatControlK7 Threshold;          ///< limit for outliers, in percent of full scale
+    FloatControlK7 LengthScale;        ///< length of a path, in vectors
+    FloatControlK7 PreBlur;            ///< reach of the Gaussian before the analysis, in pixels of the frame
+    FloatControlK7 StartWeight;        ///< weights at the start and the end of a path
+    FloatControlK7 EndWeight;
+    CheckboxControlK7 DisplayVectors; ///< draw the vectors
+    CheckboxControlK7 AutoBound;      ///< find the region in the matte
+    FloatControlK7 BoundThreshold;    ///< brightness from which a pixel belongs to the region, in percent
+    CheckboxControlK7 AutoKey;        ///< key the region that was found
+    PositionControlK7 Centre;         ///< centre of the region
+    CheckboxControlK7 MatchScales;    ///< the region is as high as it is wide
+    FloatControlK7 ScaleX;            ///< sides of the region, both as fractions of the frame's width
+    FloatControlK7 ScaleY;
 };
 
 /// Motion blur for what moves: finds the motion from the previous frame to this one and smears the previous
@@ -91,8 +91,8 @@ private:
     BlurRenderer renderer_;
 
     std::mutex fieldMutex_; ///< guards what Draw shows
-    const MotionField* field_ =
-        nullptr; ///< the last frame's; null while one is in progress, or if it passed through
+    /// Of the last frame; null if that passed through, and while one is in progress.
+    const MotionField* field_ = nullptr;
     bool showVectors_ = false;
 };
 

@@ -17,7 +17,7 @@ struct DrawnShot : Shot {
         core.ImageWidth = 120;
         core.ImageHeight = 90;
         core.CentreWidget.Owner = core.RegionWidget.Owner = &core;
-        core.Sers.Value = 1;
+        core.DisplayVectors.Value = 1;
         core.CentreWidget.Visible = core.RegionWidget.Visible = false;
     }
     std::size_t Strokes() {
@@ -61,11 +61,11 @@ TEST(MoBlurOverlay, ShowsVectorsOnlyOfABlurredFrame) {
     DrawnShot shot;
     shot.Frame(2);
     EXPECT_GT(shot.Strokes(), 0u);
-    shot.core.Prss.Value = 0;
+    shot.core.ApplyMotionBlur.Value = 0;
     shot.Frame(2);
     EXPECT_EQ(shot.Strokes(), 0u);
-    shot.core.Prss.Value = 1;
-    shot.core.Sers.Value = 0;
+    shot.core.ApplyMotionBlur.Value = 1;
+    shot.core.DisplayVectors.Value = 0;
     shot.Frame(2);
     EXPECT_EQ(shot.Strokes(), 0u);
 }
@@ -73,10 +73,10 @@ TEST(MoBlurOverlay, ShowsVectorsOnlyOfABlurredFrame) {
 TEST(MoBlurOverlay, PutsTheWidgetsOnTheRegion) {
     DrawnShot shot;
     shot.core.CentreWidget.Visible = shot.core.RegionWidget.Visible = true;
-    shot.core.Cere.Shown = {0.25, 0.5};
-    shot.core.XSle.Shown = 0.3;
-    shot.core.YSle.Shown = 0.6;
-    shot.core.Maes.Value = 1;
+    shot.core.Centre.Shown = {0.25, 0.5};
+    shot.core.ScaleX.Shown = 0.3;
+    shot.core.ScaleY.Shown = 0.6;
+    shot.core.MatchScales.Value = 1;
     EXPECT_GT(shot.Strokes(), 0u);
     EXPECT_EQ(shot.core.CentreWidget.X, 0.25f);
     EXPECT_EQ(shot.core.RegionWidget.X, 0.25f);

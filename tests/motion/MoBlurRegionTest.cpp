@@ -14,8 +14,8 @@ struct MatteShot : Shot {
             clip.Frames.push_back(MakePicture(100, 80, [&](int x, int y, int c) {
                 return c == 3 || (x >= box[0] && x <= box[1] && y >= box[2] && y <= box[3]) ? 30000 : 100;
             }));
-        core.Aund.Value = 1;
-        core.Prss.Value = 0;
+        core.AutoBound.Value = 1;
+        core.ApplyMotionBlur.Value = 0;
     }
 
     void ExpectRegion(int left, int right, int bottom, int top) const {
@@ -42,7 +42,7 @@ TEST(MoBlurRegion, IsTheWholeFrameWhereNothingIsAboveTheThreshold) {
     shot.Frame(3);
     shot.ExpectRegion(0, 99, 0, 79);
     for (double threshold : {91.5, 91.6, 1e300}) { // 30000 of 32767 is 91.55 percent
-        shot.core.ABsh.Value = threshold;
+        shot.core.BoundThreshold.Value = threshold;
         shot.Frame(1);
         threshold < 91.55 ? shot.ExpectRegion(10, 30, 25, 40) : shot.ExpectRegion(0, 99, 0, 79);
     }
@@ -64,7 +64,7 @@ TEST(MoBlurRegion, OfAMatteSteersTheBlur) {
     matte.Frames.push_back(
         MakePicture(120, 90, [](int x, int y, int) { return x == y + 20 && y < 60 ? 32767 : 0; }));
     shot.core.MatteInput.Input = &matte;
-    shot.core.Aund.Value = 1;
+    shot.core.AutoBound.Value = 1;
     const int region[4] = {20, 79, 0, 59};
     const K7Image& previous = *shot.clip.Frames[1];
     const Picture want = K7Image::Make(120, 90);

@@ -25,7 +25,7 @@ TEST(MoBlur, TheFirstFrameAndTheSwitchedOffToolPassThrough) {
     Shot shot;
     EXPECT_TRUE(Same(*shot.Frame(0), shot.At(0)));
     EXPECT_TRUE(Same(*shot.Frame(-3), shot.At(0)));
-    shot.core.Prss.Value = 0;
+    shot.core.ApplyMotionBlur.Value = 0;
     EXPECT_TRUE(Same(*shot.Frame(2), shot.At(2)));
     EXPECT_TRUE(shot.clip.Reads.empty());
 }

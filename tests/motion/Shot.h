@@ -41,23 +41,23 @@ struct Shot : CoreRunner<MoBlur> {
         for (int i = 0; i < frames; ++i)
             clip.Frames.push_back(Window(*scene, 7 * i, 40 - 3 * i, width, height));
         core.ImageInput.Input = core.MatteInput.Input = &clip;
-        core.Prss.Value = 1;
-        core.Maps.Value = 5;
-        core.LTsh.Value = 2.0;
-        core.LSle.Value = core.Stht.Value = core.Enht.Value = 1.0;
-        core.Prur.Value = 2.5;
-        core.ABsh.Value = 40.0;
-        core.Cere.Value = {0.5, 0.5};
-        core.XSle.Value = core.YSle.Value = 0.5;
-        core.Cere.Input[0] = &centre;
-        core.XSle.Input[0] = &scaleX;
-        core.YSle.Input[0] = &scaleY;
-        core.Aund.Input[0] = &autoBound;
-        core.ABsh.Input[0] = &threshold;
-        core.Auey.Input[0] = &autoKey;
-        core.Maes.Input[0] = &match;
-        core.Prss.Input[0] = &apply;
-        core.Sers.Input[0] = &vectors;
+        core.ApplyMotionBlur.Value = 1;
+        core.MaxSteps.Value = 5;
+        core.Threshold.Value = 2.0;
+        core.LengthScale.Value = core.StartWeight.Value = core.EndWeight.Value = 1.0;
+        core.PreBlur.Value = 2.5;
+        core.BoundThreshold.Value = 40.0;
+        core.Centre.Value = {0.5, 0.5};
+        core.ScaleX.Value = core.ScaleY.Value = 0.5;
+        core.Centre.Input[0] = &centre;
+        core.ScaleX.Input[0] = &scaleX;
+        core.ScaleY.Input[0] = &scaleY;
+        core.AutoBound.Input[0] = &autoBound;
+        core.BoundThreshold.Input[0] = &threshold;
+        core.AutoKey.Input[0] = &autoKey;
+        core.MatchScales.Input[0] = &match;
+        core.ApplyMotionBlur.Input[0] = &apply;
+        core.DisplayVectors.Input[0] = &vectors;
     }
 
     Picture Frame(double time, int threads = 1) {
