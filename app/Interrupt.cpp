@@ -35,7 +35,7 @@ void Catch(void (*handler)(int)) {
     for (int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
     struct sigaction before = {};
     sigaction(SIGHUP, nullptr, &before);
-    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // nohup goes on
+    if (before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr); // nohup stays in effect
 }
 
 } // namespace

@@ -7,8 +7,8 @@
 
 namespace k7 {
 
-// What lies behind the entries of Memory.h: levels of checking and the tables of blocks. The settings are
-// for a debugger or a start-up hook; they must not change while blocks are in use.
+// The implementation of Memory.h: levels of checking and the tables of blocks. The settings are for a
+// debugger or a start-up hook; they must not change while blocks are in use.
 
 /// 0: each entry is the runtime library's call and nothing else.
 extern std::int32_t hm_enabled;

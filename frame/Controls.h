@@ -158,7 +158,7 @@ struct ImageSlotK7 {
     }
 };
 
-/// An image input of an effect. It holds no picture where nothing is connected.
+/// An image input of an effect. It holds no picture if nothing is connected.
 struct ImageInputK7 : ImageSlotK7 {
     FrameSource* Input = nullptr;
 };

@@ -103,7 +103,7 @@ void Flare2::TakeValues() {
     LightBox = LightPixels();
 }
 
-/// A box of Boost columns round the source, of the odd number of rows up to Boost (3 x 1 for 2, 3 x 3 for 3).
+/// A box around the source of Boost columns and rows; where Boost is even, one column more and one row less.
 PixelBox Flare2::LightPixels() const {
     const bool odd = Boost.Value % 2 != 0;
     const int halfX = Trunc(Boost.Value * 0.5 + (odd ? 0.5 : 1.0));

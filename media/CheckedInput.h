@@ -10,7 +10,7 @@ namespace media {
 
 /// How files are opened.
 struct ReadLimits {
-    long long maxPixels = 150'000'000; ///< of a picture; more is refused before memory is asked for
+    long long maxPixels = 150'000'000; ///< of a picture; more is refused before any memory is allocated
     std::vector<std::string> formats;  ///< as OpenImageIO names them; empty: all that it reads
 };
 

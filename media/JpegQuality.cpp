@@ -8,7 +8,7 @@
 namespace media {
 namespace {
 
-/// The sum of the table for brightness in Annex K.1 of ITU-T T.81, which stands for quality 50.
+/// The sum of the table for brightness in Annex K.1 of ITU-T T.81, which corresponds to quality 50.
 constexpr int kSumAt50 = 3688;
 constexpr int kTableEntries = 64;
 

@@ -17,7 +17,7 @@ struct ReadOptions {
     ReadLimits limits;
     std::optional<host::Depth> atLeast; ///< a picture of less depth is converted to this one
     bool premultiply = false;           ///< straight colours are multiplied by their alpha
-    int proxy = 1;                      ///< clips give their pictures at 1 / proxy of the width and height
+    int proxy = 1;                      ///< clips provide pictures at 1 / proxy of the width and height
 };
 
 /// How a file stores a channel.

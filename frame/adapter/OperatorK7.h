@@ -89,7 +89,7 @@ protected:
         return core;
     }
 
-    /// Opens a page; the controls that follow lie on it.
+    /// Opens a page for the controls that follow.
     void Page(const char* name);
     void Add(FloatControlK7& control, const ControlName& name, const Slider& slider);
     void Add(FloatControlK7& control, const ControlName& name, const Screw& screw);

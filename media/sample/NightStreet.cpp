@@ -35,7 +35,7 @@ Light Sky(float x, float y) {
 
 // --- Lights -----------------------------------------------------------------------------------------------
 
-/// A lamp: a small core far brighter than white and the mist lit round it.
+/// A lamp: a small core far brighter than white and the mist lit around it.
 struct Lamp {
     float x, y, core;
     Light light;

@@ -4,7 +4,7 @@
 
 namespace media::sample {
 
-/// All that stands still: sky, moon, houses, lamps, neon and the wet street with its reflections.
+/// Everything that does not move: sky, moon, houses, lamps, neon and the wet street with its reflections.
 Canvas PaintStreet();
 
 /// How strongly the wet street mirrors the picture at a place, and where the mirror image lies.
