@@ -11,11 +11,11 @@ struct BlurKernel {
     float Weight;
 };
 
-/// Draws a streak as a rectangle one pixel wide and `Fraction` (held to 1; negative: the other way) of
+/// Draws a streak as a rectangle one pixel wide and `Fraction` (clamped to 1; negative: the other way) of
 /// `Capacity` pixels long, from the middle of pixel (0, 0) in the direction `Degrees`, or with its middle
 /// there if `Centred`. Each pixel that it covers by more than a thousandth becomes an entry, weighted by the
 /// covered area, rows upward and columns upward within them. `Kernel` takes the first Capacity - 1 of them,
-/// `Count` says how many there are; their weights add up to 1. A length that is no number counts as 0, and so
+/// `Count` says how many there are; their weights add up to 1. A length that is NaN counts as 0, and so
 /// does a direction that is not finite.
 void MakeBlurKernel(float Fraction, float Degrees, int Capacity, int Centred, int* Count, BlurKernel* Kernel);
 

@@ -248,7 +248,7 @@ void FilterSmall(const FloatImageK7& in, const FloatImageK7& out, const WindowSi
                        channels, ranks);
 }
 
-/// Whether comparators alone do it: for windows that they know, on pictures that have room for one.
+/// Whether comparators suffice: for windows that they know, on pictures that have room for one.
 template <class Sample>
 bool IsForNetwork(const PictureK7<Sample>& in, const WindowSize& size) {
     return size.width == size.height && size.width >= NetworkMedian<Sample>::kLeast &&

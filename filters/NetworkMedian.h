@@ -8,7 +8,7 @@
 
 namespace k7 {
 
-/// Medians of square windows of 2 to 5 pixels a side that lie on the picture, by comparators alone: columns
+/// Medians of square windows of 2 to 5 pixels a side that lie on the picture, by comparators only: columns
 /// are sorted once for all windows that share them, merged in pairs and then as far as the median needs it
 /// (Batcher, Sorting networks and their applications, 1968; sharing after Adams, Fast median filters using
 /// separable sorting networks, 2021). A vector holds neighbouring samples, so that there is neither a branch
@@ -19,7 +19,7 @@ public:
     static constexpr int kLeast = 2, kMost = 5;
 
     explicit NetworkMedian(const PictureK7<Sample>& image);
-    /// False: there was no memory.
+    /// False: allocation failed.
     explicit operator bool() const { return static_cast<bool>(columns_); }
 
     /// Writes the medians of windows of `side` pixels whose lowest row is `low`, from the leftmost window on,

@@ -15,7 +15,7 @@ public:
     /// The window is `width` x `height` and lies as Clean's does. Rows are asked for upwards from `first`.
     SmallMedian(const K7Image& image, int width, int height, int first);
 
-    /// False: there was no memory.
+    /// False: allocation failed.
     explicit operator bool() const { return ring_ && rows_; }
 
     /// Writes the medians of row y, in all channels.

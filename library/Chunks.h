@@ -51,7 +51,7 @@ struct PartRows {
     int first, last;
 };
 
-/// The dispatch in work; one for each operator, shared by its core and the image layer.
+/// The dispatch in progress; one for each operator, shared by its core and the image layer.
 struct ChunkRecord {
     void* Request = nullptr; ///< the host's request being served; nobody here looks inside
     CoreWorker CoreFunction = nullptr;

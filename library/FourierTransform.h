@@ -10,7 +10,7 @@ namespace k7 {
 /// own. The error of a value is some 1e-15 of the largest.
 class FourierTransform {
 public:
-    /// `length` is a power of two; 0, and where there is no memory, make a transform that must not be used.
+    /// `length` is a power of two; 0, and a failed allocation, make a transform that must not be used.
     explicit FourierTransform(std::size_t length);
     explicit operator bool() const { return static_cast<bool>(cosines_); }
 

@@ -57,7 +57,7 @@ struct LineKernel {
 
     static constexpr std::uint32_t kMostWeight =
         SampleTraits<Sample>::kWords ? 32767 : std::uint32_t{GaussianKernel1D::Sum};
-    Buffer<Kept<Sample>> weights; ///< 2 half + 1 of them, zeros behind; null: there was no memory
+    Buffer<Kept<Sample>> weights; ///< 2 half + 1 of them, zeros behind; null: allocation failed
     std::size_t blocks = 0;
     int half = 0;
     std::uint32_t rest = 0; ///< of the middle weight

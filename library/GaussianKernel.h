@@ -13,12 +13,12 @@ struct GaussianKernel1D {
     static constexpr int Shift = 16;
     static constexpr int Sum = 1 << Shift; ///< what the weights add up to
 
-    Buffer<std::uint32_t> Weights; ///< null: there was no memory
+    Buffer<std::uint32_t> Weights; ///< null: allocation failed
     int Taps = 0;                  ///< how many weights there are; odd
 };
 
 /// Reaches three sigma at `radius` pixels. Weights that come to nothing at the ends are left out. A radius
-/// that is no number counts as 0.
+/// that is NaN counts as 0.
 [[nodiscard]] GaussianKernel1D MakeGaussianKernel1D(float radius);
 
 /// A round bell of whole weights from 0 to 64, as a square table whose summit lies one place behind its

@@ -15,7 +15,7 @@ namespace k7 {
 
 namespace {
 
-/// Radii are held to 65536 pixels: the further beyond, the fewer digits of the gain are left in double
+/// Radii are clamped to 65536 pixels: the further beyond, the fewer digits of the gain are left in double
 /// precision, and the padding outgrows every picture.
 constexpr double kMostSigma = 16384.0;
 
@@ -169,7 +169,7 @@ private:
         Prefetch(block, pass_.target + std::max(n - kAhead, 0) * pass_.lines.along);
     }
 
-    /// Samples between one in work and the one that is asked for from memory: the processor sees no pattern
+    /// Samples between the current one and the one that is prefetched: the processor sees no pattern
     /// in the samples of columns, which lie pages apart.
     static constexpr int kAhead = 12;
     K7_ALWAYS_INLINE static void Prefetch(const Block& block, const Sample* sample) {

@@ -17,15 +17,15 @@ class PictureK7 {
 public:
     static constexpr int Channels = 4;
 
-    /// A picture with undefined contents, or null where there is no memory or a side is below 1 or
+    /// A picture with undefined contents, or null if allocation fails or a side is below 1 or
     /// width x height leaves the signed 32-bit range.
     [[nodiscard]] static std::unique_ptr<PictureK7> Make(int width, int height);
 
     /// A picture over memory that the caller owns and keeps alive; null as above.
     [[nodiscard]] static std::unique_ptr<PictureK7> MakeOver(Sample* pixels, int width, int height);
 
-    /// A copy with a store of its own, of the same size, aspect and WidthScale; null without memory. On all
-    /// threads.
+    /// A copy with a store of its own, of the same size, aspect and WidthScale; null if allocation fails. On
+    /// all threads.
     [[nodiscard]] static std::unique_ptr<PictureK7> MakeCopy(const PictureK7& source);
 
     PictureK7(const PictureK7&) = delete;
@@ -48,8 +48,8 @@ public:
 
     // Gaussian blurs and unsharp mask. Radii are in pixels of this image. `source` null: the operation works
     // in place; otherwise `source` is another image of the same size and stays unchanged. `direction`: 0
-    // along rows, 1 along columns, 2 both; any other value does nothing. Without memory for a kernel this
-    // image stays as it was.
+    // along rows, 1 along columns, 2 both; any other value does nothing. If allocation of a kernel fails,
+    // this image stays as it was.
 
     /// Separable Gaussian with an integer kernel that reaches three sigma at `radius`. `dupEdges`: the edge
     /// pixels repeat beyond the frame, otherwise black lies there. Without `withAlpha` channel 3 stays as it

@@ -159,7 +159,7 @@ TEST(UnsharpMask, AmountsFromNothingToTooMuch) {
     out->UnsharpMask(4.0f, 0.0f, in.get(), true);
     EXPECT_TRUE(Same(*out, *in));
     out->UnsharpMask(4.0f, std::nanf(""), in.get(), true);
-    EXPECT_TRUE(Same(*out, *in)) << "no number counts as 0";
+    EXPECT_TRUE(Same(*out, *in)) << "NaN counts as 0";
     for (float amount : {1e9f, std::numeric_limits<float>::infinity()}) {
         const Picture flat = Flat(14, 12, 700);
         flat->UnsharpMask(2.0f, amount, nullptr, true);
