@@ -53,7 +53,7 @@ TEST(ImageTransfer, FloatsKeepTheirValuesBeyondBlackAndWhite) {
     for (int i = 0; i < 8; ++i) EXPECT_EQ(back[i], want[i]) << i;
 }
 
-TEST(ImageTransfer, NoSourceGivesNoPicture) {
+TEST(ImageTransfer, WithoutASourceThereIsNoPicture) {
     EXPECT_EQ(HostToK7Image<u16>(nullptr), nullptr);
     EXPECT_FALSE(HostIntoK7Image(nullptr, *Flat(2, 2, 0)));
 }

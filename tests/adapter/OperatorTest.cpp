@@ -79,7 +79,7 @@ TEST_F(OperatorFrame, ControlsAreRefreshedOnceAndAFrameThatFailsHasNoOutput) {
     EXPECT_EQ(core.Frames, 3);
 }
 
-TEST_F(OperatorFrame, ACoreWithoutMemoryGivesAFrameWithoutOutput) {
+TEST_F(OperatorFrame, AFailedAllocationLeavesTheFrameWithoutOutput) {
     core.OnProcess = [this] {
         Write("Size", 7.0);
         throw std::bad_alloc();

@@ -149,7 +149,7 @@ TEST_F(OverlayOperator, PressThatMissesIsOverAtOnce) {
     EXPECT_TRUE(document.UndoTitles().empty());
 }
 
-TEST_F(OverlayOperator, SecondPressOfADragLetsGoWhereTheFirstOneWas) {
+TEST_F(OverlayOperator, SecondPressOfADragReleasesWhereTheFirstOneWas) {
     Down(0.5012, 0.4988);
     EXPECT_EQ(core.Places.at(0), (std::pair{200.0f, 100.0f})); // rounded to pixels
     EXPECT_EQ(Down(0.9, 0.9), host::kDragNone);
@@ -176,7 +176,7 @@ TEST_F(OverlayOperator, ADragIsOneStepOfUndoAtTheDocumentsTime) {
     EXPECT_TRUE(document.UndoTitles().empty()); // dragged nowhere
 }
 
-TEST_F(OverlayOperator, ViewTellsSizesAspectAndZoom) {
+TEST_F(OverlayOperator, ViewProvidesSizesAspectAndZoom) {
     view.AspectX = 2.0;
     view.DisplayWidth = 1600.0;
     view.DisplayHeight = 400.0;
@@ -218,7 +218,7 @@ TEST_F(OverlayOperator, ChangeOfALinkedInputAsksTheViewsToRedraw) {
     EXPECT_EQ(tool.Controls.Entries.at(1)->RedrawsWanted, 2);
 }
 
-TEST_F(OverlayOperator, TellsTheInputUnderThePointer) {
+TEST_F(OverlayOperator, FindsTheInputUnderThePointer) {
     const auto inputAt = [&](double x, double y) {
         const host::Input* input =
             tool.ControlCommand(Control(), PointTo(x, y), host::FuID("CCMD_GetInputAt"), nullptr, nullptr);
@@ -233,7 +233,7 @@ TEST_F(OverlayOperator, TellsTheInputUnderThePointer) {
               nullptr);
 }
 
-TEST_F(OverlayOperator, AFrameInWorkKeepsItsValues) {
+TEST_F(OverlayOperator, AFrameInProgressKeepsItsValues) {
     StillClip clip(HostPicture(4, 3, [](int, int, int) { return 1000; }));
     tool.FindInput("Clip")->Connect(&clip);
     core.OnProcess = [&] {

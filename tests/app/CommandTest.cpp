@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-TEST_F(Program, ListAndInfoTellWhatTheToolsTellTheHost) {
+TEST_F(Program, ListAndInfoDescribeTheToolsAsTheyAreRegistered) {
     ASSERT_EQ(Run({"list", "--json"}), 0);
     const json tools = json::parse(Out());
     ASSERT_FALSE(tools.empty());
@@ -37,7 +37,7 @@ TEST_F(Program, ListAndInfoTellWhatTheToolsTellTheHost) {
     }
 }
 
-TEST_F(Program, InfoShowsWhatSettingsBringToLight) {
+TEST_F(Program, InfoShowsControlsThatSettingsReveal) {
     const auto hidden = [&](const Arguments& arguments, const std::string& id) {
         EXPECT_EQ(Run(arguments), 0);
         const json info = json::parse(Out());

@@ -41,7 +41,7 @@ TEST_F(Program, TheBuiltFileFindsItsPlugIn) {
     EXPECT_EQ(Wait(Start({"info", "Unclean"})), 2);
 }
 
-TEST_F(Program, AFullDeviceIsAFailureAndAClosedPipeIsNone) {
+TEST_F(Program, AFullDeviceIsAFailureAndAClosedPipeIsNot) {
     const std::string k7 = std::string("'") + K7_PROGRAM + "' ";
     const auto code = [&](const std::string& words) {
         return WEXITSTATUS(std::system(("bash -c \"" + k7 + words + "\"").c_str()));
@@ -60,7 +60,7 @@ TEST_F(Program, NothingIsLoadedFromTheWorkingFolder) {
     for (const char* empty : {":]", "[:", "::"}) EXPECT_EQ(path.find(empty), std::string::npos) << path;
 }
 
-TEST_F(Program, CtrlCLeavesWholeFramesOnly) {
+TEST_F(Program, CtrlCLeavesOnlyCompleteFrames) {
     for (const std::size_t frames : {0u, 1u, 3u}) {
         const pid_t child = Start({"render", "Clean", "-i", "sample:", "-o", "out.%02d.png", "--quiet"});
         for (int i = 0; i < 6000 && !folder_.Has("out.0" + std::to_string(frames) + ".png"); ++i) {

@@ -12,7 +12,7 @@
 namespace app::test {
 namespace {
 
-TEST_F(Program, AJpegGivesAPictureOfItsOwnKind) {
+TEST_F(Program, AJpegBecomesAJpeg) {
     EXPECT_EQ(Run({"render", "Clean", "-i", "sample:", "-f", "4", "-o", "a.jpg"}), 0);
     ExpectOneLine("jpeg files cannot hold 16-bit RGBA pictures; writing 8-bit RGB");
     EXPECT_EQ(Run({"render", "Clean", "-i", "a.jpg", "-o", "b.jpg", "--quiet"}), 0);
@@ -40,7 +40,7 @@ TEST_F(Program, TheMedianIsTakenOverTheFilesPixels) {
     EXPECT_EQ(words("out.png")[7], reds[7]);
 }
 
-TEST_F(Program, FarmsGetTheLinesThatTheyParse) {
+TEST_F(Program, FarmLinesAreParsable) {
     Put("in.0001.png", MakeNoise(8, 8));
     for (const char* name : {"in.0002.png", "in.0004.png"})
         std::filesystem::copy(folder_ / "in.0001.png", folder_ / name);
@@ -72,7 +72,7 @@ TEST_F(Program, FarmsGetTheLinesThatTheyParse) {
     EXPECT_EQ(folder_.Get("held.3.png"), folder_.Get("held.2.png"));
 }
 
-TEST_F(Program, SettingsAreSavedAndTakenUpAgainAndFramesThatAreThereCanBeLeftAlone) {
+TEST_F(Program, SettingsAreSavedAndLoadedAndExistingFramesCanBeSkipped) {
     Put("in.png", MakeNoise(30, 20));
     EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "a.%d.png", "-f", "0,5,9", "-s",
                    "XRad=@0:1,9:900", "-s", "YRad=200", "--save-settings", "kept.json", "--quiet"}),
@@ -109,7 +109,7 @@ TEST_F(Program, NoInputIsOverwrittenByWhateverName) {
     EXPECT_EQ(folder_.Get("in.0003.png"), before);
 }
 
-TEST_F(Program, FaultsAreToldTogetherAndFoldersMade) {
+TEST_F(Program, FaultsAreReportedTogetherAndFoldersCreated) {
     EXPECT_EQ(Run({"render", "Clean", "-i", "none.png", "-o", "out.sgi", "-f", "1-2"}), 2);
     for (const char* word : {"none.png", "sgi", "room for one frame"})
         EXPECT_NE(Err().find(word), std::string::npos) << Err();
@@ -136,7 +136,7 @@ TEST_F(Program, AFileKeepsItsModeAndALinkItsTarget) {
     EXPECT_FALSE(std::filesystem::is_regular_file("/dev/null"));
 }
 
-TEST_F(Program, WhatIsNotTakenAsWrittenIsWarnedOfAndLogged) {
+TEST_F(Program, ValuesThatAreChangedAreWarnedOfAndLogged) {
     Put("in.png", MakeNoise(8, 8));
     EXPECT_EQ(Run({"render", "clean", "-i", "in.png", "-o", "out.png", "-s", "xrad=3.5", "--quiet", "--log",
                    "run.log"}),
@@ -150,7 +150,7 @@ TEST_F(Program, WhatIsNotTakenAsWrittenIsWarnedOfAndLogged) {
         EXPECT_EQ(Run({"render", "Clean", "-i", "in.png", "-o", "o.png", "--settings", file}), 2) << file;
 }
 
-TEST_F(Program, AProxyIsTheFrameInSmall) {
+TEST_F(Program, AProxyIsASmallerCopyOfTheFrame) {
     const auto render = [&](const char* tool, const char* setting, const char* proxy, const char* name) {
         EXPECT_EQ(Run({"render", tool, "-i", "sample:", "-f", "3", "-o", name, "-s", setting, "--proxy",
                        proxy, "--save-settings", "kept.json", "--quiet"}),
@@ -175,7 +175,7 @@ TEST_F(Program, AProxyIsTheFrameInSmall) {
     }
 }
 
-TEST_F(Program, FramesThatFailEndWithOne) {
+TEST_F(Program, FailedFramesExitWithOne) {
     folder_.Put("text.png", "no picture");
     const std::size_t files = folder_.Count();
     const struct {

@@ -43,7 +43,7 @@ TEST_F(StackRuns, AreTheirToolsOneByOneInBothDepths) {
     }
 }
 
-TEST_F(StackRuns, GiveTheSameFramesSideBySideAndInChunks) {
+TEST_F(StackRuns, RenderTheSameFramesInParallelAndInChunks) {
     Put("still.tif", MakeNoise(64, 40));
     ASSERT_EQ(Render({"Dither", "-i", "still.tif", "-f", "0-5", "-o", "in.%d.tif"}), 0);
     const std::vector<Arguments> tools = {{"Clean"},
@@ -79,7 +79,7 @@ TEST_F(StackRuns, GiveTheSameFramesSideBySideAndInChunks) {
     }
 }
 
-TEST_F(StackRuns, TellWhatHappensInTheOrderOfTheFrames) {
+TEST_F(StackRuns, ReportInTheOrderOfTheFrames) {
     for (const char* frame : {"1", "2", "4", "5"})
         Put(std::string("in.") + frame + ".png", MakeNoise(60, 40));
     const Arguments all = {"render",     "Defocus", "-i",  "in.%d.png", "-o",
@@ -105,7 +105,7 @@ TEST_F(StackRuns, TellWhatHappensInTheOrderOfTheFrames) {
     EXPECT_NE(Out().find("openjd_progress: 100.0\n"), std::string::npos) << Out();
 }
 
-TEST_F(StackRuns, AreSavedAndComeBackWithMasks) {
+TEST_F(StackRuns, AreSavedAndRestoredWithMasks) {
     Put("in.tif", MakeNoise(60, 40));
     Put("matte.png", MakeNoise(30, 20));
     ASSERT_EQ(
@@ -123,7 +123,7 @@ TEST_F(StackRuns, AreSavedAndComeBackWithMasks) {
         << Err();
 }
 
-TEST_F(StackRuns, ThatAreWrongAreRefusedWithTheToolAndTheControl) {
+TEST_F(StackRuns, AreRefusedNamingTheWrongToolOrControl) {
     Put("in.png", MakeNoise(10, 10));
     const auto wrong = [&](const std::string& look, const std::string& word) {
         folder_.Put("look.json", look);

@@ -210,7 +210,7 @@ TEST_F(Memory, HooksServeBothLevels) {
                           "INFO : K7-HM-TRACE: k7_image_free(PTR) at [a(9)]\n");
 }
 
-TEST_F(Memory, FailedAllocationIsHandedOnAndNotRecorded) {
+TEST_F(Memory, FailedAllocationIsReturnedAndNotRecorded) {
     Track();
     NotedHooks hooks;
     hooks.Install();
@@ -313,7 +313,7 @@ TEST_F(Memory, ThreadsShareTheTables) {
     EXPECT_EQ(Messages(), "");
 }
 
-TEST(BufferTest, RefusesWhatCannotBe) {
+TEST(BufferTest, RefusesImpossibleSizes) {
     EXPECT_FALSE(Buffer<double>(0, "a", 1));
     EXPECT_FALSE(Buffer<double>(~std::size_t{0} / 4, "a", 1));
     Buffer<int> numbers(3, "a", 1);

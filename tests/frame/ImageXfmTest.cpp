@@ -124,7 +124,7 @@ TEST(ImageXfm, ThreadsDoNotChangeThePicture) {
         }
 }
 
-TEST(ImageXfm, TellsThatMemoryRanOut) {
+TEST(ImageXfm, ReportsAFailedAllocation) {
     const Picture in = Noise(8, 8);
     const Picture out = Flat(4, 4, 0);
     ImageXfmK7 xfm;
@@ -137,7 +137,7 @@ TEST(ImageXfm, TellsThatMemoryRanOut) {
     EXPECT_TRUE(Same(*out, *Resize(*in, 4, 4, ImageXfmK7::kTriangle)));
 }
 
-TEST(ImageXfm, WithoutACoreTheHookIsLeftAlone) {
+TEST(ImageXfm, WithoutACoreTheHookIsNotCalled) {
     const Picture in = Noise(8, 8);
     const Picture out = Flat(4, 4, 0);
     ImageXfmK7 xfm;

@@ -81,7 +81,7 @@ TEST(OverlayDraw, EllipseIsClosedAndOnItsCurve) {
     }
 }
 
-TEST(OverlayDraw, EllipsesAreCutIntoTenAtLeastOrNotDrawn) {
+TEST(OverlayDraw, EllipsesHaveAtLeastTenStrokesOrAreNotDrawn) {
     RecordingView view;
     const auto strokes = [&](float width, float height, bool dashed, float end) {
         view.surface.Clear();
@@ -95,7 +95,7 @@ TEST(OverlayDraw, EllipsesAreCutIntoTenAtLeastOrNotDrawn) {
     EXPECT_EQ(strokes(40.0f, 40.0f, true, 90.0f), (all + 1) / 2);
 }
 
-TEST(OverlayDraw, HugeShapesEndInBoundedTime) {
+TEST(OverlayDraw, HugeShapesTakeBoundedTime) {
     RecordingView view;
     OverlayEllipse(view, 0.0f, 0.0f, 1e30f, 1e30f, 0.0f, false, 4, 0.0f, 360.0f);
     OverlayDashedLine(view, 0.0f, 0.0f, 2e9f, 2e9f, 3);

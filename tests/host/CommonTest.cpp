@@ -133,7 +133,7 @@ TEST_F(Common, MixByThePlainFormulaInEveryDepth) {
     }
 }
 
-TEST_F(Common, TheToolRunsOnlyWhereItIsSeen) {
+TEST_F(Common, TheToolRunsOnlyIfItIsVisible) {
     Connect("Input", MakeImage(kWide, kHigh, Depth::Int16, Pattern));
     const std::vector<float> source = Values(clips.front()->image.get());
     Set("Blend", 0.0);

@@ -72,7 +72,7 @@ TEST_F(HostInput, AnimatedInputsGetKeysAndRampsBetweenThem) {
     EXPECT_EQ(input->GetCurve().Keys.size(), 3u);
 }
 
-TEST_F(HostInput, ADragIsOneStepThatCanBeTakenBack) {
+TEST_F(HostInput, ADragIsOneStepThatCanBeUndone) {
     Input* width = Add("Width");
     Input* height = Add("Height");
     width->StartUndo("Box: Width", nullptr);

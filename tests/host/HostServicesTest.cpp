@@ -36,7 +36,7 @@ TEST(ThreadPool, ServesJobsFromManyThreadsAndFromWithinJobs) {
     EXPECT_EQ(sum, 4 * 20 * 5 * 3);
 }
 
-TEST(ThreadPool, HandsOnWhatATaskThrowsWhenAllHaveReturned) {
+TEST(ThreadPool, RethrowsAfterAllTasksHaveReturned) {
     ThreadPool pool(2);
     std::atomic<int> calls = 0;
     const auto task = [&](long i) {
@@ -49,7 +49,7 @@ TEST(ThreadPool, HandsOnWhatATaskThrowsWhenAllHaveReturned) {
     EXPECT_EQ(calls, 52);
 }
 
-TEST(Registry, EntriesStandAsLongAsTheyLiveAndInTheOrderOfTheirNumbers) {
+TEST(Registry, EntriesAreListedForTheirLifetimeInTheOrderOfTheirNumbers) {
     RegistryList list;
     {
         const auto make = [](Registry*, ScriptVal&, TagList&) -> Object* { return new Number(4.0); };

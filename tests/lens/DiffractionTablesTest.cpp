@@ -54,7 +54,7 @@ class Diffraction : public testing::Test {};
 using Widths = testing::Types<double, float>;
 TYPED_TEST_SUITE(Diffraction, Widths);
 
-TYPED_TEST(Diffraction, SlitsGiveTheSquaredSincAndTwoModulateItByTheSquaredCosine) {
+TYPED_TEST(Diffraction, OneSlitIsASquaredSincAndTwoModulateItByASquaredCosine) {
     using Real = TypeParam;
     for (double mm : {0.1, 1.0, 4.0})
         for (double nm : {400.0, 555.0, 700.0})
@@ -104,7 +104,7 @@ TYPED_TEST(Diffraction, FirstEntriesAreThoseOfTheWholeTable) {
     EXPECT_EQ(part.Entries.size(), 0u);
 }
 
-TYPED_TEST(Diffraction, SquareIsTheTableTurnedRoundItsAxis) {
+TYPED_TEST(Diffraction, SquareIsTheTableRotatedAroundItsAxis) {
     const auto radial = RadialHalo<TypeParam>(2);
     const int n = radial.Count;
     const auto square = Square(radial, 1.0f);
@@ -128,7 +128,7 @@ TYPED_TEST(Diffraction, SquareIsTheTableTurnedRoundItsAxis) {
     }
 }
 
-TYPED_TEST(Diffraction, FringesDarkenFromWithinToTheRim) {
+TYPED_TEST(Diffraction, FringesDarkenFromTheInsideToTheRim) {
     using Real = TypeParam;
     const auto radial = RadialHalo<Real>(static_cast<Real>(0.5));
     for (float aspect : {1.0f, 0.5f, 2.0f}) {
@@ -159,7 +159,7 @@ TYPED_TEST(Diffraction, FringesDarkenFromWithinToTheRim) {
     }
 }
 
-TYPED_TEST(Diffraction, TheSmallestHalosHoldNumbers) {
+TYPED_TEST(Diffraction, TheSmallestHalosAreFinite) {
     using Real = TypeParam;
     for (int n : {1, 2, 3})
         for (float aspect : {1.0f, 1e-30f, 1e30f}) {
@@ -244,7 +244,7 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
     EXPECT_TRUE(SameBytes(kept.Glow().Cells, anew.Glow().Cells));
 }
 
-TYPED_TEST(Diffraction, APictureKeepsThePartOfAKernelThatItSees) {
+TYPED_TEST(Diffraction, AKernelKeepsThePartThatAPictureShows) {
     using Real = TypeParam;
     CLRK7 clr;
     for (float aspect : {1.0f, 0.5f, 2.0f})

@@ -78,7 +78,7 @@ TEST_F(Flare2Frame, AnAbortAnywhereLeavesNothingForTheNextFrame) {
     }
 }
 
-TEST_F(Flare2Frame, StreaksOfNegativeLengthAreNone) {
+TEST_F(Flare2Frame, StreaksOfNegativeLengthAreNotDrawn) {
     const Picture in = Noise(kWidth, kHeight);
     core.StreakLength.Value = 0;
     const Picture want = Run(*in);
@@ -88,7 +88,7 @@ TEST_F(Flare2Frame, StreaksOfNegativeLengthAreNone) {
     }
 }
 
-TEST_F(Flare2Frame, SourceOutsideTheFrameGivesNoLight) {
+TEST_F(Flare2Frame, SourceOutsideTheFrameIsNoLight) {
     const Picture in = Noise(kWidth, kHeight);
     for (const auto& [x, y] : {std::pair{1.2, 0.5}, {0.5, -0.4}, {1e300, 0.5}, {0.5, -1e300}}) {
         core.Source.Value = {x, y};

@@ -72,7 +72,7 @@ TEST(FlareSpot, WithoutLightTheBackgroundStays) {
     EXPECT_TRUE(Same(*elsewhere.Run(*in), *in));
 }
 
-TEST(FlareSpot, MoreSidesAndElementsThanThereIsRoomForActAsTheMost) {
+TEST(FlareSpot, TooManySidesOrElementsActAsTheMaximum) {
     const auto run = [](int sides, int more) {
         Spot spot;
         spot.core.SidesControl.Value = sides;
@@ -129,7 +129,7 @@ TEST_F(FlareSpotLens, GhostsOfFlatSurfacesKeepTheSizeOfTheBundle) {
     }
 }
 
-TEST_F(FlareSpotLens, ABadFileIsToldAndReplaced) {
+TEST_F(FlareSpotLens, ABadFileIsReportedAndReplaced) {
     const Picture in = Flat(48, 36, 0);
     Spot standard;
     standard.core.LensControl.Value = 1;
@@ -175,7 +175,7 @@ TEST(FlareSpot, RandomSizesAreTheSameInEveryFrame) {
     EXPECT_FALSE(Same(*spot.Run(*in), *first));
 }
 
-TEST(FlareSpot, NoPictureAndNoSettingBreaksIt) {
+TEST(FlareSpot, SurvivesAnyPictureAndSetting) {
     const double odd[] = {1.0, 0.0, -1e5, 1e12, 1e300, 1e-300, HUGE_VAL, std::nan("")};
     for (const auto& [width, height] : {std::pair{1, 1}, {1, 40}, {40, 1}, {24, 18}}) {
         const Picture in = Noise(width, height);

@@ -51,7 +51,7 @@ TEST(FlareLightMap, ShowsThePixelsBetweenTheLevels) {
         EXPECT_EQ(stage.Run(*Flat(1, 1, word))->Pixels[0], word == 16383 ? word : 0);
 }
 
-TEST(FlareLightMap, OpenLevelsTakeTheWholePicture) {
+TEST(FlareLightMap, OpenLevelsSelectTheWholePicture) {
     WholeFlare stage;
     const Picture in = Noise(30, 20);
     stage.core.LowLight.Value = 0.0;
@@ -130,7 +130,7 @@ protected:
     WholeFlare stage;
 };
 
-TEST_F(FlareFrame, DarkPictureStaysAsItIs) {
+TEST_F(FlareFrame, DarkPictureIsUnchanged) {
     const Picture in = Noise(60, 40);
     EXPECT_TRUE(Same(*stage.Run(*in, *Flat(60, 40, 0)), *in));
 }
@@ -221,7 +221,7 @@ TEST_F(FlareFrame, ContrastBendsTheCurve) {
     EXPECT_TRUE(Same(*stage.Run(*dark, *spot), *Flat(90, 70, 32767)));
 }
 
-TEST_F(FlareFrame, HostileValuesGiveAFrame) {
+TEST_F(FlareFrame, SurvivesHostileValues) {
     const double inf = std::numeric_limits<double>::infinity();
     const Picture in = Night(40, 30);
     stage.core.Reflections.Value = 2;

@@ -54,7 +54,7 @@ TEST(GhostPolygon, RejectsOnlyWhatLiesBeyondOneSide) {
     EXPECT_EQ(diagonal.Count, 0);
 }
 
-TEST(GhostPolygon, LeavesWhatLiesInsideAlone) {
+TEST(GhostPolygon, KeepsWhatLiesInside) {
     GhostPolygon inside = Round(86, 50.0f, 25.0f, 25.0f - 1e-3f);
     const GhostPolygon before = inside;
     EXPECT_TRUE(ClipPolygon(&inside, kFrame));
@@ -77,7 +77,7 @@ TEST(GhostPolygon, ClipsToTheRectangle) {
     EXPECT_NEAR(Area(disc), area / 4.0, 1.0);
 }
 
-TEST(GhostPolygon, TheLargestOutlinesStayInTheirRoom) {
+TEST(GhostPolygon, TheLargestOutlinesFitIntoTheirRoom) {
     GhostPolygon disc = Round(GhostPolygon::kMaxSides, 50.0f, 25.0f, 55.0f); // over all four sides
     EXPECT_TRUE(ClipPolygon(&disc, kFrame));
     EXPECT_LE(disc.Count, GhostPolygon::kRoom);

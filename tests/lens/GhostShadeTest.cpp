@@ -60,7 +60,7 @@ private:
     float size_;
 };
 
-TEST(GhostShade, SpansAreThoseOfThePlainWay) {
+TEST(GhostShade, SpansEqualThePlainImplementation) {
     constexpr int width = 301; // longer than a run
     constexpr int height = 60;
     RandomGhosts random(2.0f * width);

@@ -76,7 +76,7 @@ TEST(GhostTrace, ATangentRayTouchesOnce) {
     EXPECT_EQ(point[2], 0.0f);
 }
 
-TEST(GhostTrace, NumbersBeyondReasonMissOrHitQuietly) {
+TEST(GhostTrace, ExtremeNumbersMissOrHitWithoutFaults) {
     const float bad[] = {NAN, INFINITY, -INFINITY, 3e38f, -3e38f, 1e-45f, 0.0f};
     for (float radius : bad)
         for (float position : bad)

@@ -45,7 +45,7 @@ TEST(Hsv, GreysHaveNeitherHueNorSaturation) {
     }
 }
 
-TEST(Hsv, RedPassesTheValueAtTwoHuesAlone) {
+TEST(Hsv, RedExceedsTheValueOnlyAtTwoHues) {
     for (int hue = 0; hue < 32767; ++hue) {
         const Rgb rgb = ToRgb(hue, 32767, 32767);
         const bool passes = hue == 27306 || hue == 27307;

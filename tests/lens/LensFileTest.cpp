@@ -23,7 +23,7 @@ TEST(LensFile, ReadsPositionRadiusDiameter) {
     EXPECT_EQ(lens.Surfaces[1].Diameter, 1.2f);
 }
 
-TEST(LensFile, TakesNumbersAsTheyAreWritten) {
+TEST(LensFile, ReadsEveryNotationOfNumbers) {
     LensTable lens;
     for (const char* text : {
              "2 10 50 .4 -10 -20.5 1.2",                         // on one line
@@ -40,7 +40,7 @@ TEST(LensFile, TakesNumbersAsTheyAreWritten) {
     EXPECT_EQ(lens.Surfaces[1].Radius, 0.0f);
 }
 
-TEST(LensFile, HoldsTheCountToFiftySurfaces) {
+TEST(LensFile, ClampsTheCountToFiftySurfaces) {
     for (const char* count : {"50", "51", "999999999999999999999"}) {
         std::string text = count;
         for (int i = 0; i < 60; ++i) text.append("\n").append(std::to_string(60 - i)).append(" 0 1");
@@ -51,7 +51,7 @@ TEST(LensFile, HoldsTheCountToFiftySurfaces) {
     }
 }
 
-TEST(LensFile, RefusesWhatIsNoLens) {
+TEST(LensFile, RefusesWhatIsNotALens) {
     LensTable lens;
     using namespace std::string_view_literals;
     // Not a number, or too few of them.
@@ -104,7 +104,7 @@ TEST(LensFile, PlainNamesLieInTheDataFolder) {
 
 using LensFileOnDisk = LensFolder;
 
-TEST_F(LensFileOnDisk, IsReadOrTellsWhatFailed) {
+TEST_F(LensFileOnDisk, IsReadOrReportsWhatFailed) {
     LensTable lens;
     EXPECT_EQ(ReadLensFile(Write(kTwoSurfaces), &lens), LensFileResult::Read);
     EXPECT_EQ(lens.Count, 2);
@@ -115,7 +115,7 @@ TEST_F(LensFileOnDisk, IsReadOrTellsWhatFailed) {
     EXPECT_NE(ReadLensFile(folder_.string(), &lens), LensFileResult::Read);
 }
 
-TEST_F(LensFileOnDisk, CountsByItsStartHoweverLong) {
+TEST_F(LensFileOnDisk, OnlyItsStartIsRead) {
     LensTable lens;
     const std::string good = kTwoSurfaces;
     EXPECT_EQ(ReadLensFile(Write(std::string(good).append(10'000'000, '7')), &lens), LensFileResult::Read);

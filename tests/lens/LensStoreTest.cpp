@@ -31,7 +31,7 @@ TEST(LensStore, NormalisationScalesRadiiWithPositions) {
     EXPECT_EQ(lens.Surfaces[1].Radius, 0.0f);
 }
 
-TEST(LensStore, NumbersOutOfRangeGiveTheNearestLens) {
+TEST(LensStore, NumbersOutOfRangeMeanTheNearestLens) {
     EXPECT_EQ(&BuiltInLens(-7), &BuiltInLens(1));
     EXPECT_EQ(&BuiltInLens(99), &BuiltInLens(4));
 }

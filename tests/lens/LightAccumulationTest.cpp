@@ -106,7 +106,7 @@ TYPED_TEST(LightAccumulationOf, DrawsStreaksOfEveryNumberAndLength) {
         }
 }
 
-TYPED_TEST(LightAccumulationOf, NumberAndLengthOfStreaksHaveTheirEnds) {
+TYPED_TEST(LightAccumulationOf, NumberAndLengthOfStreaksAreLimited) {
     Scene<TypeParam> scene(40, 30);
     scene.Light(20, 15);
     scene.setup.Count = kMostStreaks;

@@ -85,7 +85,7 @@ TEST_F(PictureFile, RowsRunBottomUpAndAlphaIsTakenAsStored) {
     EXPECT_EQ(WordsAt(picture, 1, 0), (Words{1000, 2000, 3, 40000}));
 }
 
-TEST_F(PictureFile, EveryFormatComesBackAsItWent) {
+TEST_F(PictureFile, EveryFormatSurvivesARoundTrip) {
     const struct {
         const char* name;
         TypeDesc type;
@@ -152,7 +152,7 @@ TEST_F(PictureFile, TheFrameIsTheDisplayWindow) {
     EXPECT_EQ(WordsAt(picture, 3, 2), (Words{0, 0, 0, 0}));
 }
 
-TEST_F(PictureFile, MetadataAndPixelAspectGoThrough) {
+TEST_F(PictureFile, MetadataAndPixelAspectAreKept) {
     ImageSpec spec(1, 1, 4, TypeDesc::HALF);
     spec.attribute("PixelAspectRatio", 2.0f);
     spec.attribute("SlateInfo", "the film");
@@ -191,7 +191,7 @@ TEST_F(PictureFile, TheNearestLayoutIsTakenWithAWarning) {
     EXPECT_EQ(GetFile(folder / "out.tga").values[0], 1.0f);
 }
 
-TEST_F(PictureFile, FilesThatAreNoPictures) {
+TEST_F(PictureFile, RefusesFilesThatAreNotPictures) {
     folder.Put("text.png", "this is no picture");
     folder.Put("text.xyz", "nor this");
     folder.Put("empty.exr", "");

@@ -133,7 +133,7 @@ TEST_F(Settings, WrongWordsAreNamedWithTheRightOnes) {
         EXPECT_NE(WhyNot(setting), "") << setting;
 }
 
-TEST_F(Settings, SavedSettingsComeBackAsTheyWere) {
+TEST_F(Settings, SavedSettingsAreRestored) {
     Set("Styl=1");
     Set("Amnt=@0:1,12.5:-2");
     Set("Cent=@3:0.1,0.2;4:0.3,inf");
@@ -154,7 +154,7 @@ TEST_F(Settings, SavedSettingsComeBackAsTheyWere) {
     EXPECT_TRUE(std::isnan(other.FindInput("Othr")->GetCurve().Constant.x));
 }
 
-TEST_F(Settings, FilesThatAreNoSettingsAreRefused) {
+TEST_F(Settings, FilesThatAreNotSettingsAreRefused) {
     for (const char* text :
          {"{}", "[]", R"({"tool":"Test.Other","controls":{}})", R"({"tool":"Test.Specimen"})",
           R"({"tool":"Test.Specimen","controls":{"Nope":1}})",

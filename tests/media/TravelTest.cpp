@@ -52,7 +52,7 @@ constexpr const char* kParts =
     "--pattern noise:type=uniform:min=0:max=3:seed=4 60x40 3 --origin +1000+500 --fullsize 48x32+1000+500 "
     "--attrib oiio:subimagename second -siappend -o in.exr";
 
-TEST_F(Travel, OtherChannelsPartsAndPixelsBeyondTheFrameComeBackAsTheyWere) {
+TEST_F(Travel, OtherChannelsPartsAndPixelsBeyondTheFrameAreKept) {
     ASSERT_TRUE(Tool(kParts));
     const Picture picture = ReadPicture(folder / "in.exr");
     EXPECT_EQ(picture.image->Width, 48);
@@ -71,7 +71,7 @@ TEST_F(Travel, OtherChannelsPartsAndPixelsBeyondTheFrameComeBackAsTheyWere) {
     EXPECT_EQ(again.stored.get_string_attribute("compression"), "piz");
 }
 
-TEST_F(Travel, ALayerIsWorkedOnAlone) {
+TEST_F(Travel, OnlyTheChosenLayerChanges) {
     ASSERT_TRUE(Tool(kParts));
     Double(ReadPicture(folder / "in.exr", {.layer = "diffuse", .limits = {}, .atLeast = {}}), "layer.exr");
     EXPECT_TRUE(Same("in.exr", "layer.exr", "--subimage 0 --ch R,G,B,A,Z"));
@@ -150,7 +150,7 @@ TEST_F(Travel, AnimationsAreSequences) {
     }
 }
 
-TEST_F(Travel, WhatCouldHurtIsRefused) {
+TEST_F(Travel, DangerousFilesAreRefused) {
     // The header of a picture of 16000 x 16000 pixels, in a file of a few bytes.
     folder.Put("large.tga", std::string("\0\0\2\0\0\0\0\0\0\0\0\0\x80\x3e\x80\x3e\x20\x08", 18));
     ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);

@@ -82,14 +82,14 @@ TEST(FilePattern, BothWaysOfWritingANumber) {
     EXPECT_TRUE(FilePattern(std::string(100000, '#')).IsSequence());
 }
 
-TEST(FilePattern, AFileOfThatVeryNameIsNoSequence) {
+TEST(FilePattern, AFileOfExactlyThatNameIsNotASequence) {
     const Folder folder;
     folder.Put("shot #2.png", "");
     EXPECT_FALSE(FilePattern(folder / "shot #2.png").IsSequence());
     EXPECT_TRUE(FilePattern(folder / "shot #3.png").IsSequence());
 }
 
-TEST(FilePattern, FoldersAndOtherSignsAreNoPatterns) {
+TEST(FilePattern, FoldersAndOtherSignsAreNotPatterns) {
     for (const char* path : {"take#1/shot.png", "100%.png", "a%s.png", "plain.exr"}) {
         EXPECT_FALSE(FilePattern(path).IsSequence()) << path;
         EXPECT_EQ(FilePattern(path).At(9), path);

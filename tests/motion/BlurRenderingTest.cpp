@@ -50,7 +50,7 @@ PlainField MixedField(int width, int height, unsigned seed) {
     return field;
 }
 
-TEST(BlurRendering, OnlyThePartsOfTheFrameShowAndNotWhoWorksOnThem) {
+TEST(BlurRendering, DependsOnTheDivisionButNotOnTheThreads) {
     const Picture previous = Noise(61, 47);
     const Picture current = Noise(61, 47, 2);
     const PlainField field = MixedField(61, 47, 5);
@@ -63,7 +63,7 @@ TEST(BlurRendering, OnlyThePartsOfTheFrameShowAndNotWhoWorksOnThem) {
     }
 }
 
-TEST(BlurRendering, IsTheFrameOfTheDefinition) {
+TEST(BlurRendering, EqualsItsDefinition) {
     const int sizes[][2] = {{64, 48}, {61, 47}, {33, 70}, {5, 3}, {3, 9}};
     const BlurPaths settings[] = {{6, 1.0f, 1.0f, 1.0f},
                                   {21, 2.5f, 9.0f, 1.0f},

@@ -85,7 +85,7 @@ TEST(MoBlurOverlay, PutsTheWidgetsOnTheRegion) {
     EXPECT_TRUE(shot.core.RegionWidget.Square);
 }
 
-TEST(MoBlurOverlay, MayDrawWhileFramesAreInWork) {
+TEST(MoBlurOverlay, MayDrawWhileFramesAreInProgress) {
     DrawnShot shot;
     std::atomic<bool> done = false;
     std::thread view([&] {

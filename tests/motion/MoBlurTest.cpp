@@ -65,7 +65,7 @@ TEST(MoBlur, RestoresAlphaWhenAsked) {
     EXPECT_TRUE(Same(*shot.Frame(2), *want));
 }
 
-TEST(MoBlurControls, OnlyABoundThatIsOnEndsTheMatchOfTheScales) {
+TEST(MoBlurControls, OnlyAnAutoBoundThatIsOnClearsMatchScales) {
     Shot shot;
     for (bool on : {true, false}) {
         shot.match.X = 1.0;
@@ -78,7 +78,7 @@ TEST(MoBlurControls, OnlyABoundThatIsOnEndsTheMatchOfTheScales) {
     }
 }
 
-TEST(MoBlurMemory, WithoutItTheFramePassesThroughTheNextTriesAgainAndTheBufferIsNamed) {
+TEST(MoBlurMemory, AFailureNamesTheBufferAndPassesTheFrameThroughUntilTheNext) {
     const Picture want = Shot().Frame(2);
     std::vector<std::string> messages;
     bool sufficed = false;

@@ -40,7 +40,7 @@ testing::AssertionResult SameField(const Estimate& got, const PlainField& want) 
     return testing::AssertionSuccess();
 }
 
-TEST(MatchBlock, FindsWhatAFullSearchFinds) {
+TEST(MatchBlock, EqualsAFullSearch) {
     std::mt19937 random(5);
     const auto draw = [&](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
     for (int round = 0; round < 1500; ++round) {
@@ -65,7 +65,7 @@ TEST(MatchBlock, FindsWhatAFullSearchFinds) {
     }
 }
 
-TEST(MotionEstimator, IsTheFieldOfTheDefinition) {
+TEST(MotionEstimator, EqualsItsDefinition) {
     const struct {
         int width, height;
         int region[4];

@@ -61,7 +61,7 @@ TEST(OfxChange, AWriteGoesToTheKeysOfAnAnimatedParameter) {
     scene.Destroy();
 }
 
-TEST(OfxChange, WhatARenderWritesWaitsForTheNextMomentThatAllowsIt) {
+TEST(OfxChange, WritesOfARenderWaitUntilTheyAreAllowed) {
     Opened opened;
     Scene scene(opened, FindPlugin("MoBlur"));
     ASSERT_EQ(kOk, scene.Create());
@@ -77,7 +77,7 @@ TEST(OfxChange, WhatARenderWritesWaitsForTheNextMomentThatAllowsIt) {
     scene.Destroy();
 }
 
-TEST(OfxChange, ALensThatCannotBeReadIsToldOnceAndGoesBack) {
+TEST(OfxChange, AnUnreadableLensIsReportedOnceAndReplaced) {
     Opened opened;
     Scene scene(opened, FindPlugin("FlareSpot"));
     ASSERT_EQ(kOk, scene.Create());

@@ -30,7 +30,7 @@ TEST(OfxDescribe, HasEachToolOfTheRegistryInItsOrder) {
     }
 }
 
-TEST(OfxDescribe, TellsWhatTheStandardAsksFor) {
+TEST(OfxDescribe, DescribesWhatTheStandardRequires) {
     Opened opened;
     for (PluginStruct* plugin : Plugins()) {
         SCOPED_TRACE(plugin->identifier);

@@ -25,7 +25,7 @@ struct Screen {
     }
 };
 
-TEST(OfxDraw, WidgetsStandOnThePictureAndLeaveOpenGLAsItWas) {
+TEST(OfxDraw, WidgetsLieOnThePictureAndRestoreOpenGL) {
     Opened opened;
     const app::OffscreenGL gl(kWidth, kHeight);
     for (const int offset : {0, -17}) {

@@ -47,7 +47,7 @@ TEST(OfxFailure, EachFunctionMayFailWithEachStatus) {
     }
 }
 
-TEST(OfxFailure, PicturesOfNoUseEndWithAStatusAndOneMessage) {
+TEST(OfxFailure, UnusablePicturesEndWithAStatusAndOneMessage) {
     Opened opened;
     const struct {
         const char* what;
@@ -149,7 +149,7 @@ TEST(OfxFailure, TwoInstancesRenderAtOnce) {
     }
 }
 
-TEST(OfxHabits, HostsThatLackWhatMayBeLackingGetTheSameFrames) {
+TEST(OfxHabits, HostsWithoutOptionalPartsGetTheSameFrames) {
     std::vector<std::byte> frame;
     {
         Opened opened;

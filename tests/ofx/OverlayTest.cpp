@@ -6,7 +6,7 @@ namespace {
 // Places on the picture, of 61 x 43 pixels: widgets move by whole ones.
 constexpr double kX1 = 24.0 / 61.0, kY1 = 26.0 / 43.0, kX2 = 15.0 / 61.0, kY2 = 32.0 / 43.0;
 
-TEST(OfxOverlay, StandsWhereAToolHasWidgets) {
+TEST(OfxOverlay, ExistsIfAToolHasWidgets) {
     Opened opened;
     for (PluginStruct* plugin : Plugins()) {
         const std::string name = std::string(plugin->identifier).substr(11);
@@ -69,7 +69,7 @@ TEST(OfxOverlay, OnlyWhatHitsAWidgetIsTaken) {
     scene.Destroy();
 }
 
-TEST(OfxOverlay, ADragThatIsCutOffLeavesNoStepOpen) {
+TEST(OfxOverlay, AnInterruptedDragLeavesNoStepOpen) {
     Opened opened;
     PluginStruct* plugin = FindPlugin("CrashZoom");
     Scene scene(opened, plugin);
@@ -84,7 +84,7 @@ TEST(OfxOverlay, ADragThatIsCutOffLeavesNoStepOpen) {
     scene.Destroy();
 }
 
-TEST(OfxOverlay, AKeyIsSetWhereTheViewStands) {
+TEST(OfxOverlay, AKeyIsSetAtTheTimeOfTheView) {
     Opened opened;
     PluginStruct* plugin = FindPlugin("CrashZoom");
     Scene scene(opened, plugin);

@@ -195,7 +195,7 @@ TEST(OfxRender, OnlyTheWindowIsWritten) {
 }
 
 // A picture whose pixels are only a part of its region stays in its place.
-TEST(OfxRender, PixelsThatAreNotThereAreEmpty) {
+TEST(OfxRender, MissingPixelsAreEmpty) {
     Opened opened;
     Scene scene(opened, FindPlugin("Defocus"), {.depth = Depth::Int8});
     ASSERT_EQ(kOk, scene.Create());

@@ -50,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(Registry, AllTools, testing::Combine(testing::ValuesIn(
 
 constexpr int kSizes[][2] = {{1, 1}, {2, 3}, {640, 1}, {1, 480}, {65, 63}};
 
-TEST_P(AllTools, RenderEverySizeShapeAndThreadCountAndGiveAllMemoryBack) {
+TEST_P(AllTools, RenderEverySizeShapeAndThreadCountWithoutLeaks) {
     for (const auto& size : kSizes)
         for (double aspect : {1.0, 2.0, 0.9})
             for (int threads : {1, 2, 7}) {
@@ -81,7 +81,7 @@ TEST_P(AllTools, RenderAtBothEndsOfEveryShownRange) {
     EXPECT_EQ(heap.WordsOutOfRange, 0);
 }
 
-TEST_P(AllTools, OutliveHostileValues) {
+TEST_P(AllTools, SurviveHostileValues) {
     const double inf = std::numeric_limits<double>::infinity();
     const double values[] = {std::nan(""), inf, -inf, 1e30, -1e30, 2147483648.0, -2147483649.0, -1.0, 1e9};
     NoiseClip clip(31, 17);

@@ -109,7 +109,7 @@ TEST_F(Floats, FlatStaysFlatAboveWhiteAndBelowBlack) {
     }
 }
 
-TEST_F(Floats, FlaresLeaveWhatIsFarFromEveryLightAlone) {
+TEST_F(Floats, FlaresDoNotChangePixelsFarFromEveryLight) {
     // A light in the middle, and values in a corner that no word can hold.
     const float corner[] = {5.0f, -0.25f, 65504.0f, 2.0f};
     FloatClip clip(640, 360, [&](int x, int y, int c) {
@@ -126,7 +126,7 @@ TEST_F(Floats, FlaresLeaveWhatIsFarFromEveryLightAlone) {
     }
 }
 
-TEST_F(Floats, ALightThrowsWhatItsValueGives) {
+TEST_F(Floats, AFlareIsProportionalToItsLight) {
     // With the curve straight and nothing behind it, the flare of a light of 8 is 8 times that of 1.
     const auto flare = [](float light, double high) {
         FloatClip clip(160, 90, [light](int x, int y, int c) {
@@ -149,7 +149,7 @@ TEST_F(Floats, ALightThrowsWhatItsValueGives) {
         << "below 100 percent the level has an upper end";
 }
 
-TEST_F(Floats, AnyValueInAnyPlaceIsOutlived) {
+TEST_F(Floats, SurviveAnyValueInAnyPlace) {
     const float inf = std::numeric_limits<float>::infinity();
     const float hostile[] = {NAN, inf, -inf, 1e-40f, -1e-40f, 65504.0f, -65504.0f, 0.0f, 1.0f};
     FloatClip clip(kWide, kHigh, [&](int x, int y, int c) {

@@ -24,7 +24,7 @@ void TurnSwitches(Stage& stage) {
     }
 }
 
-TEST_P(ToolMemory, AClipGivesBackEveryBlock) {
+TEST_P(ToolMemory, AClipFreesEveryBlock) {
     HeapWatch heap;
     const Processors processors(3);
     NoiseClip clip(65, 63);

@@ -56,7 +56,7 @@ TEST(MoBlurTool, WritesTheRegionThatItHasFound) {
     EXPECT_FLOAT_EQ(static_cast<float>(tool.At("YSle").GetCurve().Constant.x), 0.09f);
 }
 
-TEST(MoBlurTool, AMatteTakesOverAndGivesBackTheBound) {
+TEST(MoBlurTool, AMatteReplacesTheBoundWhileConnected) {
     MoBlurTool tool;
     BoxClip matte(60);
     tool.stage.Render(1.0);

@@ -56,7 +56,7 @@ struct ToolInWindow : testing::TestWithParam<host::Registry*> {};
 INSTANTIATE_TEST_SUITE_P(Registry, ToolInWindow, testing::ValuesIn(Tools()),
                          [](const auto& of) { return of.param->GetAttrS(host::kTagRegName); });
 
-TEST_P(ToolInWindow, IsDraggedWhileItRendersAndThenIsAsBefore) {
+TEST_P(ToolInWindow, CanBeDraggedWhileRenderingWithTheSameResult) {
     const Processors processors(2);
     NoiseClip clip(65, 63);
     Stage stage(*GetParam(), clip);
