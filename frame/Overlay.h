@@ -2,9 +2,17 @@
 
 #include "frame/Controls.h"
 
+#include <cmath>
 #include <string>
 
 namespace k7 {
+
+/// Length of a line, worked out in double precision, which holds the squares: the same everywhere, and asks
+/// nothing of a newer C library.
+inline float OverlayDistance(float dx, float dy) {
+    const double x = dx, y = dy;
+    return static_cast<float>(std::sqrt(x * x + y * y));
+}
 
 class OverlayControlK7;
 

@@ -51,7 +51,7 @@ void OverlayBox(const OverlayK7& view, float x, float y) {
 }
 
 void OverlayDashedLine(const OverlayK7& view, float x1, float y1, float x2, float y2, int dash) {
-    const float pieces = std::hypot(x2 - x1, y2 - y1) / static_cast<float>(dash);
+    const float pieces = OverlayDistance(x2 - x1, y2 - y1) / static_cast<float>(dash);
     if (!(pieces > 0.0f) || std::isinf(pieces)) return;
     const float n = std::min(pieces, kMaxStrokes);
     const float stepX = (x2 - x1) / n;

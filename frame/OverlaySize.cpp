@@ -82,9 +82,9 @@ void CircleOverlayK7::DragTo(float x, float y) {
     const float dx = x - PixelX(X);
     const float dy = y - PixelY(Y);
     if (Active == 2) {
-        Width = 2.0f * std::hypot(dx, dy) / w;
+        Width = 2.0f * OverlayDistance(dx, dy) / w;
     } else if (Active == 3) {
-        Height = 2.0f * std::hypot(dx, dy) / w;
+        Height = 2.0f * OverlayDistance(dx, dy) / w;
     } else {
         const float ratio = Height / Width;
         const float diagonal = std::cos(-45.0f * kRadians);
@@ -141,9 +141,9 @@ void RectangleOverlayK7::DragTo(float x, float y) {
         Width = 2.0f * std::fabs(u) / w;
         Height = 2.0f * std::fabs(v) / h;
     } else if (Active == 2) {
-        Width = 2.0f * std::hypot(u, v) / w;
+        Width = 2.0f * OverlayDistance(u, v) / w;
     } else {
-        Height = 2.0f * std::hypot(u, v) / h;
+        Height = 2.0f * OverlayDistance(u, v) / h;
     }
 }
 
