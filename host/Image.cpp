@@ -11,8 +11,6 @@ namespace host {
 
 namespace {
 
-constexpr std::int32_t kFull = 65535;
-
 // A stored channel, the 16-bit integer and the real number that it stands for.
 
 template <class Stored>

@@ -140,7 +140,7 @@ void Window::SaveStyle() {
     if (name.isEmpty()) return;
     try {
         if (name.contains('/') || !QDir().mkpath(StyleFolder()))
-            throw std::runtime_error(tr("'%1' is no name for a style").arg(name).toStdString());
+            throw std::runtime_error(tr("'%1' is not a name for a style").arg(name).toStdString());
         media::WriteSettingsFile(media::SaveSettings(session_.CurrentLook()->Op()),
                                  (StyleFolder() + "/" + name + ".json").toStdString());
     } catch (const std::exception& error) {

@@ -60,7 +60,7 @@ void RenderDialog::LayOut() {
     form->setContentsMargins(16, 16, 16, 16);
     form->setSpacing(10);
     output_->setToolTip(tr("Files to write; %04d stands for the frame's number"));
-    frames_->setToolTip(tr("7, 1-100, 1-100x5, divided by commas"));
+    frames_->setToolTip(tr("7, 1-100, 1-100x5, comma-separated"));
     form->addRow(tr("Files:"), output_);
     form->addRow(tr("Frames:"), frames_);
     progress_->setValue(0);
