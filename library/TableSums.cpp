@@ -69,12 +69,12 @@ void TableSums::Start(const K7Image& source, int first) {
 void TableSums::Load(int y) {
     if (y < 0 || y >= source_->Height) return;
     const std::size_t samples = static_cast<std::size_t>(source_->Width) * kChannels;
-    std::int16_t* const to = const_cast<std::int16_t*>(Kept(y)) + reach_.x * kChannels;
+    std::int16_t* const to = Kept(y) + reach_.x * kChannels;
     std::transform(source_->Rows[y], source_->Rows[y] + samples, to,
                    [](u16 word) { return static_cast<std::int16_t>(word - kHalfScale); });
 }
 
-const std::int16_t* TableSums::Kept(int y) const {
+std::int16_t* TableSums::Kept(int y) const {
     const int tall = reach_.Tall();
     const int place = y < 0 || y >= source_->Height ? tall : y % tall;
     return rows_.data() + static_cast<std::size_t>(place) * keptLanes_;

@@ -9,8 +9,9 @@
 
 namespace k7 {
 
-/// The same sums place by place, of all channels of words at once; the weights within reach must not add up
-/// to more than kMostWeight. Rows that have the same weights are added before they are multiplied.
+/// The words round each pixel times the weights of a table, summed place by place and for all channels at
+/// once; black lies beyond the picture. The weights within reach must not add up to more than kMostWeight.
+/// Rows of the picture that get the same weights are added before they are multiplied.
 class TableSums {
 public:
     static constexpr int kMostWeight = 65535;
@@ -35,7 +36,7 @@ private:
 
     void MakeGroups(const GaussianKernel2D& kernel);
     void Load(int y);
-    const std::int16_t* Kept(int y) const;
+    std::int16_t* Kept(int y) const;
 
     const KernelReach reach_;
     const int pairsOfRow_;
