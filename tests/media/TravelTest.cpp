@@ -80,7 +80,7 @@ TEST_F(Travel, OnlyTheChosenLayerChanges) {
     EXPECT_TRUE(Same("in.exr", "part.exr", "--subimage 0"));
     EXPECT_FALSE(Same("in.exr", "part.exr", "--subimage 1"));
     Double(ReadPicture(folder / "in.exr"), "plain.png");
-    for (const char* word : {"Z", "parts", "beyond", "place"})
+    for (const char* word : {"Z", "parts", "beyond", "position"})
         EXPECT_NE(warnings.find(word), std::string::npos) << warnings;
 
     ASSERT_TRUE(Tool("--pattern constant:color=1,2 8x8 2 --chnames Z,N.X -o z.exr"));
