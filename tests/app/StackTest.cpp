@@ -129,7 +129,7 @@ TEST_F(StackRuns, AreRefusedNamingTheWrongToolOrControl) {
         folder_.Put("look.json", look);
         ExpectWrong({"render", "--settings", "look.json", "-i", "in.png", "-o", "out.png"}, word);
     };
-    wrong(R"({"tools": []})", "no list of tools");
+    wrong(R"({"tools": []})", "not a list of tools");
     wrong(R"({"tools": [{"controls": {}}]})", "tool 1 has no name");
     wrong(R"({"tools": [{"tool": "K7.Clean", "controls": {}}, {"tool": "K7.Clea", "controls": {}}]})",
           "K7.Clea");
