@@ -49,7 +49,7 @@ public:
                                      Depth depth);
 
     /// A new image of the size, aspect, depth and planes of the one under kTagImageLike, with undefined
-    /// contents; null without memory. The caller owns it.
+    /// contents; null if allocation fails. The caller owns it.
     [[nodiscard]] static Image* NewImage(const TagList& tags);
 
     std::size_t Bytes() const { return bytes_; }

@@ -31,7 +31,7 @@ bool TooLarge(int side) {
 
 /// Sizes a kernel and allocates its cells. False if allocation fails.
 template <class Real, class Cell>
-bool Resize(Kernel<Cell>& kernel, int radius, const KernelReach& seen) {
+bool Resize(Kernel<Cell>& kernel, int radius, const PixelReach& seen) {
     kernel.SetSize(radius, seen);
     const std::size_t count =
         static_cast<std::size_t>(kernel.Columns()) * static_cast<std::size_t>(kernel.Rows());
@@ -174,7 +174,7 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
 }
 
 template <class Real>
-bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const KernelReach& seen,
+bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const PixelReach& seen,
                      HaloKernel<Real>& square) {
     const int radius = radial.Count;
     if (!Resize<Real>(square, radius, seen)) return false;
@@ -239,7 +239,7 @@ void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain) {
 }
 
 template <class Real>
-bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach& seen, Ran1& random,
+bool BuildGlowKernel(Real radius, Real strength, float aspect, const PixelReach& seen, Ran1& random,
                      GlowKernel<Real>& glow) {
     constexpr Real kSmallestRadius = static_cast<Real>(0.01);
     if (!(radius >= kSmallestRadius)) radius = kSmallestRadius;
@@ -315,11 +315,11 @@ bool FlareTables<Real>::MakeGlow(const GlowInputs<Real>& inputs, Ran1& random) {
 #define K7_DIFFRACTION(Real)                                                                                 \
     template Real SlitIntensity(Real, Real, Real, Real, int);                                                \
     template bool BuildDiffractionTable(CLRK7&, const Grating<Real>&, int, int, DiffractionTable<Real>&);    \
-    template bool MakeSquareTable(const DiffractionTable<Real>&, float, const KernelReach&,                  \
+    template bool MakeSquareTable(const DiffractionTable<Real>&, float, const PixelReach&,                   \
                                   HaloKernel<Real>&);                                                        \
     template void AddFringes(HaloKernel<Real>&, int, Real, float, Ran1&);                                    \
     template void MonoBlend(DiffractionTable<Real>&, Real, Real);                                            \
-    template bool BuildGlowKernel(Real, Real, float, const KernelReach&, Ran1&, GlowKernel<Real>&);          \
+    template bool BuildGlowKernel(Real, Real, float, const PixelReach&, Ran1&, GlowKernel<Real>&);           \
     template class FlareTables<Real>;
 K7_DIFFRACTION(double)
 K7_DIFFRACTION(float)

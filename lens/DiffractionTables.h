@@ -39,11 +39,11 @@ struct DiffractionTable {
 };
 
 /// How far from its light a kernel can be visible in a picture, in pixels: no farther than from edge to edge.
-struct KernelReach {
+struct PixelReach {
     int X = std::numeric_limits<int>::max();
     int Y = std::numeric_limits<int>::max();
 
-    bool operator==(const KernelReach&) const = default;
+    bool operator==(const PixelReach&) const = default;
 };
 
 /// What a light casts around itself: a square of 2 Radius + 1 pixels a side, of which the 2 Reach + 1 columns
@@ -53,13 +53,13 @@ struct Kernel {
     int Side() const { return 2 * Radius + 1; }
     int Columns() const { return 2 * Reach.X + 1; }
     int Rows() const { return 2 * Reach.Y + 1; }
-    void SetSize(int radius, const KernelReach& seen) {
+    void SetSize(int radius, const PixelReach& seen) {
         Radius = radius;
         Reach = {std::min(radius, seen.X), std::min(radius, seen.Y)};
     }
 
     int Radius = 0;
-    KernelReach Reach{0, 0}; ///< no larger than Radius
+    PixelReach Reach{0, 0}; ///< no larger than Radius
     Buffer<Cell> Cells;
 };
 
@@ -103,7 +103,7 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
 
 /// Rotates the table around its axis, one entry per pixel of radius; round even if pixels are not square.
 template <class Real>
-bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const KernelReach& seen,
+bool MakeSquareTable(const DiffractionTable<Real>& radial, float aspect, const PixelReach& seen,
                      HaloKernel<Real>& square);
 
 /// Darkens a halo by `count` spokes from the inside to the rim; each takes away at most `strength`, 0 to 1.
@@ -117,7 +117,7 @@ void MonoBlend(DiffractionTable<Real>& table, Real mono, Real gain);
 
 /// A cone of noise, `radius` in pixels, whose weights add up to radius x strength.
 template <class Real>
-bool BuildGlowKernel(Real radius, Real strength, float aspect, const KernelReach& seen, Ran1& random,
+bool BuildGlowKernel(Real radius, Real strength, float aspect, const PixelReach& seen, Ran1& random,
                      GlowKernel<Real>& glow);
 
 // The three tables of a flare, each with everything that it is made from except the random number generator.
@@ -129,7 +129,7 @@ struct HaloInputs {
     int Fringes;
     Real FringeGain;
     float Aspect;
-    KernelReach Seen{};
+    PixelReach Seen{};
 
     bool operator==(const HaloInputs&) const = default;
 };
@@ -149,7 +149,7 @@ struct GlowInputs {
     Real Radius; ///< pixels
     Real Strength;
     float Aspect;
-    KernelReach Seen{};
+    PixelReach Seen{};
 
     bool operator==(const GlowInputs&) const = default;
 };

@@ -144,7 +144,7 @@ StreakSetup<Real> FlareWork<Real>::Setup() const {
 template <class Real>
 bool FlareWork<Real>::MakeTables() {
     const int angles = Trunc(WorkStreakLength * Real(2));
-    const KernelReach seen = {Width - 1, Height - 1};
+    const PixelReach seen = {Width - 1, Height - 1};
     const bool made =
         MakeContrastTable() &&
         tables_.MakeHalo(*this, {WorkAperture, WorkHaloGain, WorkFringes, WorkFringeGain, Aspect, seen},

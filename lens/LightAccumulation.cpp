@@ -22,7 +22,7 @@ K7_ALWAYS_INLINE void AddRows(const Light& light, const Kernel<Gain>& kernel, co
     using Four = Lanes<Real>;
     const typename Four::Vector words = {static_cast<Real>(light.R), static_cast<Real>(light.G),
                                          static_cast<Real>(light.B), 0};
-    const KernelReach reach = kernel.Reach;
+    const PixelReach reach = kernel.Reach;
     const int left = std::max(0, light.X - reach.X);
     const int right = std::min(width - 1, light.X + reach.X);
     const int top = std::min(last, light.Y + reach.Y);
@@ -88,7 +88,7 @@ template <class Real>
 PixelBox LightAccumulation<Real>::Reach() const {
     PixelBox box = lights_->Bounds();
     if (lights_->size() == 0) return box;
-    const KernelReach halo = tables_->Halo().Reach, glow = tables_->Glow().Reach;
+    const PixelReach halo = tables_->Halo().Reach, glow = tables_->Glow().Reach;
     const std::int64_t x = std::max({halo.X, glow.X, streaks_.ReachX()});
     const std::int64_t y = std::max({halo.Y, glow.Y, streaks_.ReachY()});
     box.Left = static_cast<int>(std::max<std::int64_t>(box.Left - x, frame_.Left));

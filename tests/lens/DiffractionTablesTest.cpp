@@ -225,7 +225,7 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
     using Real = TypeParam;
     HaloInputs<Real> halo = {1, 5, 20, static_cast<Real>(0.5), 1.0f};
     CLRK7 clr;
-    FlareTables<Real> kept, anew;
+    FlareTables<Real> kept, fresh;
     const auto make = [&](FlareTables<Real>& tables) { // returns where it leaves the generator
         Ran1 random = Seeded();
         EXPECT_TRUE(tables.MakeHalo(clr, halo, random) && tables.MakeGlow({12, 40, 1.0f}, random));
@@ -239,19 +239,19 @@ TYPED_TEST(Diffraction, TablesAreKeptWithTheSequenceOfTheGenerator) {
     EXPECT_EQ(kept.Glow().Cells.data(), glowCells);
 
     halo.Fringes = 19; // fewer draws, which also changes the noise of the glow
-    EXPECT_EQ(make(kept), make(anew));
-    EXPECT_TRUE(SameBytes(kept.Halo().Cells, anew.Halo().Cells));
-    EXPECT_TRUE(SameBytes(kept.Glow().Cells, anew.Glow().Cells));
+    EXPECT_EQ(make(kept), make(fresh));
+    EXPECT_TRUE(SameBytes(kept.Halo().Cells, fresh.Halo().Cells));
+    EXPECT_TRUE(SameBytes(kept.Glow().Cells, fresh.Glow().Cells));
 }
 
 TYPED_TEST(Diffraction, AKernelKeepsThePartThatAPictureShows) {
     using Real = TypeParam;
     CLRK7 clr;
     for (float aspect : {1.0f, 0.5f, 2.0f})
-        for (KernelReach seen : {KernelReach{7, 30}, KernelReach{60, 3}, KernelReach{0, 0}}) {
+        for (PixelReach seen : {PixelReach{7, 30}, PixelReach{60, 3}, PixelReach{0, 0}}) {
             FlareTables<Real> whole, part;
             Ran1 drawn = Seeded(), drawnToo = Seeded();
-            const auto make = [&](FlareTables<Real>& tables, KernelReach reach, Ran1& random) {
+            const auto make = [&](FlareTables<Real>& tables, PixelReach reach, Ran1& random) {
                 EXPECT_TRUE(tables.MakeHalo(clr, {1, 5, 300, static_cast<Real>(0.9), aspect, reach}, random));
                 EXPECT_TRUE(tables.MakeGlow({50, 40, aspect, reach}, random));
             };
@@ -260,7 +260,7 @@ TYPED_TEST(Diffraction, AKernelKeepsThePartThatAPictureShows) {
             EXPECT_EQ(drawn, drawnToo);
             const auto expectPart = [&](const auto& all, const auto& kept) {
                 EXPECT_EQ(kept.Reach,
-                          (KernelReach{std::min(seen.X, all.Radius), std::min(seen.Y, all.Radius)}));
+                          (PixelReach{std::min(seen.X, all.Radius), std::min(seen.Y, all.Radius)}));
                 for (int dy = -kept.Reach.Y; dy <= kept.Reach.Y; ++dy)
                     EXPECT_EQ(std::memcmp(&At(kept, -kept.Reach.X, dy), &At(all, -kept.Reach.X, dy),
                                           static_cast<std::size_t>(kept.Columns()) * sizeof(kept.Cells[0])),
