@@ -2,14 +2,13 @@
 
 #include "baselib/Buffer.h"
 #include "filters/NetworkMedian.h"
-#include "filters/SmallMedian.h"
+#include "filters/TileMedian.h"
 #include "filters/ValueRanks.h"
 #include "library/Chunks.h"
 #include "library/K7Image.h"
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 namespace k7 {
 
@@ -102,7 +101,7 @@ private:
 /// Of floats their ranks, within as many rows as windows lie on.
 class FloatBand {
 public:
-    FloatBand(const ValueRanks<std::uint32_t>& ranks, const Region& part) : ranks_(ranks), part_(part) {}
+    FloatBand(const ValueRanks& ranks, const Region& part) : ranks_(ranks), part_(part) {}
     std::size_t Bins() const {
         return static_cast<std::size_t>(part_.width) * static_cast<std::size_t>(part_.height);
     }
@@ -112,7 +111,7 @@ public:
     float Value(int channel, std::uint32_t rank) const { return ranks_.Value(channel, rank); }
 
 private:
-    const ValueRanks<std::uint32_t>& ranks_;
+    const ValueRanks& ranks_;
     const Region part_;
 };
 
@@ -186,16 +185,16 @@ void SlideOverRows(const Band& band, const WindowSize& size, int first, int last
     }
 }
 
-void FilterLarge(const K7Image& in, const K7Image& out, const WindowSize& size, int first, int last,
-                 int channels) {
+void FilterByHistogram(const K7Image& in, const K7Image& out, const WindowSize& size, int first, int last,
+                       int channels) {
     SlideOverRows(WordBand(in), size, first, last, channels, out);
 }
 
-void FilterLarge(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, int first, int last,
-                 int channels) {
+void FilterByHistogram(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, int first,
+                       int last, int channels) {
     const int rows = std::max(size.height / 2, 16); // between two sorts
     const int most = std::min(rows + size.height, in.Height);
-    ValueRanks<std::uint32_t> ranks(static_cast<std::size_t>(in.Width) * static_cast<std::size_t>(most));
+    ValueRanks ranks(static_cast<std::size_t>(in.Width) * static_cast<std::size_t>(most));
     if (!ranks) return;
     for (int y = first; y <= last && !AbortRequested(); y += rows) {
         const int end = std::min(y + rows - 1, last);
@@ -204,48 +203,6 @@ void FilterLarge(const FloatImageK7& in, const FloatImageK7& out, const WindowSi
         ranks.Fill(in, part, channels);
         SlideOverRows(FloatBand(ranks, part), size, y, end, channels, out);
     }
-}
-
-void FilterSmall(const K7Image& in, const K7Image& out, const WindowSize& size, int first, int last, int) {
-    SmallMedian median(in, size.width, size.height, first);
-    if (!median) return;
-    for (int y = first; y <= last && !AbortRequested(); ++y) median.FilterRow(y, out.Rows[y]);
-}
-
-/// The medians of a part's ranks, which are words, are ranks of the medians. `part` is where they are wanted.
-void FilterPart(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, const Region& part,
-                int channels, ValueRanks<u16>& ranks) {
-    const int left = size.Left(part.x);
-    const int low = size.Low(part.y);
-    const Region seen = {left, low, size.Right(part.x + part.width - 1, in.Width) - left + 1,
-                         size.High(part.y + part.height - 1, in.Height) - low + 1};
-    ranks.Fill(in, seen, channels);
-    const auto words = K7Image::MakeOver(ranks.Ranks(), seen.width, seen.height);
-    const Buffer<u16> medians(static_cast<std::size_t>(seen.width) * K7Image::Channels, "Clean", __LINE__);
-    if (!words || !medians) return;
-    SmallMedian median(*words, size.width, size.height, part.y - low);
-    if (!median) return;
-    for (int y = part.y; y < part.y + part.height; ++y) {
-        median.FilterRow(y - low, medians.data());
-        const u16* from = medians.data() + (part.x - left) * K7Image::Channels;
-        float* to = out.Rows[y] + part.x * out.Channels;
-        for (int i = 0; i < part.width * out.Channels; ++i) to[i] = ranks.Value(i % out.Channels, from[i]);
-    }
-}
-
-void FilterSmall(const FloatImageK7& in, const FloatImageK7& out, const WindowSize& size, int first, int last,
-                 int channels) {
-    // Parts of so many pixels have no more values than words can rank.
-    constexpr int pixels = 65535;
-    const int wide = std::min(in.Width, pixels / (4 * std::max(size.height, 16)));
-    const int columns = wide - (wide < in.Width ? size.width : 0);
-    const int rows = pixels / wide - size.height;
-    ValueRanks<u16> ranks(pixels);
-    if (!ranks) return;
-    for (int y = first; y <= last; y += rows)
-        for (int x = 0; x < in.Width && !AbortRequested(); x += columns)
-            FilterPart(in, out, size, {x, y, std::min(columns, in.Width - x), std::min(rows, last + 1 - y)},
-                       channels, ranks);
 }
 
 /// Whether comparators suffice: for windows that they know, on pictures that have room for one.
@@ -287,6 +244,22 @@ void FilterByNetwork(const PictureK7<Sample>& in, const PictureK7<Sample>& out, 
     }
 }
 
+template <class Sample>
+bool IsForTiles(const PictureK7<Sample>&, const WindowSize& size) {
+    return std::max(size.width, size.height) <= TileMedian<Sample>::kMostSide;
+}
+
+template <class Sample>
+void FilterByTiles(Clean& core, const PictureK7<Sample>& in, const PictureK7<Sample>& out,
+                   const WindowSize& size) {
+    const TileNetworks whole(size.width, size.height, 0);
+    const TileNetworks cut(size.width, size.height, TileNetworks::kBorderSlack);
+    RunRows(core, in.Height, [&](int first, int last) {
+        TileMedian<Sample> median(in, whole, cut);
+        if (median) median.FilterRows(first, last, out);
+    });
+}
+
 /// A control's size in pixels of the picture, at least 1 and clamped to twice the picture's: more changes
 /// nothing.
 template <class Sample>
@@ -302,18 +275,15 @@ void Clean::Process() {
     if (IsAborted()) return;
     InDepth(Input, Output, [&](const auto& in, auto& out) {
         const WindowSize size = {PixelsOf(XRad.Value, in), PixelsOf(YRad.Value, in)};
-        const std::int64_t values = std::int64_t{size.width} * size.height;
-        RunRows(*this, in.Height, [&](int first, int last) {
-            const int channels = ProcessAlpha ? 4 : 3;
-            if (IsForNetwork(in, size))
-                FilterByNetwork(in, out, size, first, last);
-            else if (values > SmallMedian::kMostValues)
-                FilterLarge(in, out, size, first, last, channels);
-            else if (values > 1)
-                FilterSmall(in, out, size, first, last, channels);
-            else
-                for (int y = first; y <= last; ++y) std::memcpy(out.Rows[y], in.Rows[y], in.RowBytes());
-        });
+        if (IsForNetwork(in, size))
+            RunRows(*this, in.Height,
+                    [&](int first, int last) { FilterByNetwork(in, out, size, first, last); });
+        else if (IsForTiles(in, size))
+            FilterByTiles(*this, in, out, size);
+        else
+            RunRows(*this, in.Height, [&](int first, int last) {
+                FilterByHistogram(in, out, size, first, last, ProcessAlpha ? 4 : 3);
+            });
         if (!ProcessAlpha) out.CopyAlpha(&in);
     });
 }

@@ -20,22 +20,19 @@ float FromOrderedBits(std::uint32_t ordered) {
 
 } // namespace
 
-template <class Rank>
-ValueRanks<Rank>::ValueRanks(std::size_t mostPixels)
+ValueRanks::ValueRanks(std::size_t mostPixels)
     : most_(mostPixels)
     , keys_(mostPixels, kSource, __LINE__)
     , sorted_(mostPixels, kSource, __LINE__)
     , ranks_(mostPixels * K7Image::Channels, kSource, __LINE__)
     , values_(mostPixels * K7Image::Channels, kSource, __LINE__) {}
 
-template <class Rank>
-void ValueRanks<Rank>::Fill(const FloatImageK7& image, const Region& part, int channels) {
+void ValueRanks::Fill(const FloatImageK7& image, const Region& part, int channels) {
     if (channels < K7Image::Channels) ranks_.Zero();
     for (int c = 0; c < channels; ++c) FillChannel(image, part, c);
 }
 
-template <class Rank>
-void ValueRanks<Rank>::FillChannel(const FloatImageK7& image, const Region& part, int channel) {
+void ValueRanks::FillChannel(const FloatImageK7& image, const Region& part, int channel) {
     std::size_t count = 0;
     for (int y = part.y; y < part.y + part.height; ++y) {
         const float* value = image.Rows[y] + static_cast<std::ptrdiff_t>(part.x) * image.Channels + channel;
@@ -45,18 +42,17 @@ void ValueRanks<Rank>::FillChannel(const FloatImageK7& image, const Region& part
     Sort(count);
 
     float* values = values_.data() + static_cast<std::size_t>(channel) * most_;
-    Rank rank = 0;
+    std::uint32_t rank = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint64_t key = keys_[i];
-        rank = static_cast<Rank>(rank + (i > 0 && key >> 32 != keys_[i - 1] >> 32));
+        rank += i > 0 && key >> 32 != keys_[i - 1] >> 32;
         values[rank] = FromOrderedBits(static_cast<std::uint32_t>(key >> 32));
         ranks_[(key & 0xffffffffu) * K7Image::Channels + static_cast<std::size_t>(channel)] = rank;
     }
 }
 
 /// Sorts keys_ by digits of the values, the lowest first.
-template <class Rank>
-void ValueRanks<Rank>::Sort(std::size_t count) {
+void ValueRanks::Sort(std::size_t count) {
     constexpr int bits = 11, passes = 3, digits = 1 << bits;
     std::uint32_t places[passes][digits] = {};
     const auto digit = [](std::uint64_t key, int pass) { return key >> (32 + bits * pass) & (digits - 1); };
@@ -71,8 +67,5 @@ void ValueRanks<Rank>::Sort(std::size_t count) {
         keys_.swap(sorted_);
     }
 }
-
-template class ValueRanks<std::uint16_t>;
-template class ValueRanks<std::uint32_t>;
 
 } // namespace k7

@@ -1,6 +1,7 @@
 #include "filters/Clean.h"
 
 #include "tests/support/CoreRunner.h"
+#include "tests/support/VectorLevels.h"
 
 #include <algorithm>
 #include <vector>
@@ -39,7 +40,7 @@ TEST(Clean, IsTheMedianOfEveryWindowOnEverySize) {
     const int sizes[][2] = {{1, 1}, {1, 9}, {9, 1}, {2, 3}, {17, 13}, {33, 8}, {70, 19}};
     const int windows[][2] = {
         {2, 2},   {3, 3},   {4, 4},   {5, 5},   {1, 9},   {9, 1},  {4, 5},
-        {15, 15}, {16, 15}, {225, 1}, {1, 226}, {40, 40}, {2, 31}, {60, 2}}; // small ones and large ones
+        {15, 15}, {16, 15}, {225, 1}, {1, 226}, {40, 40}, {2, 31}, {60, 2}}; // for each method in both depths
     for (const auto& size : sizes)
         for (const auto& window : windows) {
             const Picture in = Noise(size[0], size[1]);
@@ -51,6 +52,17 @@ TEST(Clean, IsTheMedianOfEveryWindowOnEverySize) {
                 Same(*RunClean(*floats, window[0], window[1]), *PlainMedian(*floats, window[0], window[1])))
                 << "floats, " << size[0] << " x " << size[1] << " window " << window[0] << " x " << window[1];
         }
+}
+
+TEST(Clean, IsTheSameWithVectorsOfEveryWidth) {
+    const Picture in = Noise(90, 70);
+    const FloatPicture floats = Floats(*in, -1.5f);
+    const Picture words = PlainMedian(*in, 21, 12);
+    const FloatPicture medians = PlainMedian(*floats, 21, 12);
+    OnEachLevel([&] {
+        EXPECT_TRUE(Same(*RunClean(*in, 21, 12), *words));
+        EXPECT_TRUE(Same(*RunClean(*floats, 21, 12), *medians));
+    });
 }
 
 TEST(Clean, HandlesFewAndExtremeValues) {

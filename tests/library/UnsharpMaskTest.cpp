@@ -1,4 +1,3 @@
-#include "baselib/VectorLevel.h"
 #include "library/GaussianKernel.h"
 #include "library/K7Image.h"
 #include "library/KernelSums.h"
@@ -6,6 +5,7 @@
 #include "library/TableSums.h"
 
 #include "tests/support/Pictures.h"
+#include "tests/support/VectorLevels.h"
 
 #include <cmath>
 #include <limits>
@@ -72,17 +72,6 @@ Picture PlainUnsharp(const K7Image& in, int radius, float amount, bool alpha) {
         const float result = difference * amount + static_cast<float>(word);
         return static_cast<int>(std::clamp(std::trunc(static_cast<double>(result) + 0.5), 0.0, 32767.0));
     });
-}
-
-/// Runs a test on the kernels of each level that the processor has.
-template <class Test>
-void OnEachLevel(Test test) {
-    const int widest = static_cast<int>(CurrentVectorLevel());
-    for (int level = 0; level <= widest; ++level) {
-        ForceVectorLevel(static_cast<VectorLevel>(level));
-        test();
-    }
-    ForceVectorLevel({});
 }
 
 TEST(UnsharpMask, IsTheSumOverTheTableOnEverySize) {
