@@ -39,7 +39,7 @@ void RunFramesOf(benchmark::State& state, ImageInputK7 Core::*slot, PictureK7<Sa
     setUp(runner.core);
     const CurrentChunksScope scope(&runner.chunks);
     for (auto _ : state) runner.core.Process();
-    CountPixels(state);
+    CountPixels(state, in.Width, in.Height);
 }
 
 /// Runs an effect's Process repeatedly on noise. `setUp(core)` sets the controls and may connect further
