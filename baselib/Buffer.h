@@ -3,6 +3,7 @@
 #include "baselib/Memory.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -75,6 +76,17 @@ private:
     const char* file_ = "";
     int line_ = 0;
 };
+
+/// Vectors that are read across two cache lines cost two reads: elements to allocate beyond those in use, and
+/// the first that a cache line starts with.
+template <class T>
+inline constexpr std::size_t kToCacheLine = 64 / sizeof(T);
+
+template <class T>
+T* FromCacheLine(const Buffer<T>& buffer) {
+    const auto past = reinterpret_cast<std::uintptr_t>(buffer.data()) % 64;
+    return buffer.data() + (past == 0 ? 0 : (64 - past) / sizeof(T));
+}
 
 template <class T>
 using ImageBuffer = Buffer<T, Family::Image>;

@@ -97,13 +97,6 @@ TileNetworks::TileNetworks(int width, int height, int slack)
 
 namespace {
 
-/// The first place in a buffer that a cache line starts with; a line that is split costs two.
-template <class Key>
-Key* Aligned(const Buffer<Key>& buffer) {
-    const auto past = reinterpret_cast<std::uintptr_t>(buffer.data()) % kWireBytes;
-    return buffer.data() + (past == 0 ? 0 : (kWireBytes - past) / sizeof(Key));
-}
-
 /// Keys that a thread keeps for the nodes from the tile down to a pixel, in wires, and the most that a
 /// network has.
 struct Demand {
@@ -140,8 +133,10 @@ TileMedian<Sample>::TileMedian(const PictureK7<Sample>& image, const TileNetwork
     columns_ =
         Buffer<Key>(static_cast<std::size_t>(whole.column.Inputs() * tile_[0]) * room_, kSource, __LINE__);
     const Demand demand(cut); // needs more than the other
-    wires_ = Buffer<Key>(static_cast<std::size_t>((demand.wires + 1) * kLanes), kSource, __LINE__);
-    kept_ = Buffer<Key>(static_cast<std::size_t>((demand.kept + 1) * kLanes), kSource, __LINE__);
+    wires_ =
+        Buffer<Key>(static_cast<std::size_t>(demand.wires * kLanes) + kToCacheLine<Key>, kSource, __LINE__);
+    kept_ =
+        Buffer<Key>(static_cast<std::size_t>(demand.kept * kLanes) + kToCacheLine<Key>, kSource, __LINE__);
     from_ = Buffer<const Key*>(static_cast<std::size_t>(demand.wires), kSource, __LINE__);
     to_ = Buffer<Key*>(static_cast<std::size_t>(demand.wires), kSource, __LINE__);
 }
@@ -174,9 +169,9 @@ void TileMedian<Sample>::AddLines(const Key* keys, int wires) {
 template <class Sample>
 void TileMedian<Sample>::Run(const MergeNetwork& network) {
     if constexpr (SampleTraits<Sample>::kWords)
-        kRunOnWords.Chosen()(network.List(), from_.data(), Aligned(wires_), to_.data());
+        kRunOnWords.Chosen()(network.List(), from_.data(), FromCacheLine(wires_), to_.data());
     else
-        kRunOnFloats.Chosen()(network.List(), from_.data(), Aligned(wires_), to_.data());
+        kRunOnFloats.Chosen()(network.List(), from_.data(), FromCacheLine(wires_), to_.data());
     sources_ = 0;
 }
 
@@ -261,7 +256,7 @@ void TileMedian<Sample>::FilterGroup() {
     const bool isWhole = left >= 0 && left + (kTiles * tile_[0] - 1) + window[0] <= image_.Width &&
                          low >= 0 && low + (tile_[1] - 1) + window[1] <= image_.Height;
     networks_ = isWhole ? &whole_ : &cut_;
-    free_ = Aligned(kept_);
+    free_ = FromCacheLine(kept_);
 
     Node tile = {{0, 0}, nullptr, {KeepColumns(), KeepRows()}};
     for (int column = tile_[0] - 1; column < window[0]; ++column)

@@ -3,9 +3,9 @@
 #include "baselib/Buffer.h"
 #include "baselib/Vector.h"
 #include "library/Chunks.h"
-#include "library/Dot.h"
 #include "library/GaussianKernel.h"
 #include "library/Lines.h"
+#include "library/PairSums.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -16,13 +16,13 @@ namespace {
 
 constexpr const char* kSource = "library/K7Image";
 
-/// 8 neighbouring columns, a cache line, are filtered in one go.
-constexpr int kBlockLines = 8;
-
 /// Results that are summed at once.
-constexpr int kTile = 64;
+constexpr int kTile = kPairTile;
 
-/// What lines and weights are kept in: words in 16 bits, and with a sign, as the dot products want them.
+/// Columns that are blurred side by side: as many as make a tile.
+constexpr int kColumns = kTile / K7Image::Channels;
+
+/// What lines and weights are kept in: words in 16 bits with a sign, as the products of pairs want them.
 template <class Sample>
 using Kept = std::conditional_t<SampleTraits<Sample>::kWords, std::int16_t, float>;
 
@@ -35,9 +35,7 @@ struct LineKernel {
     LineKernel(const GaussianKernel1D& kernel, int length, bool dupEdges) {
         const int whole = kernel.Taps / 2;
         half = std::min(whole, length - 1);
-        const auto taps = static_cast<std::size_t>(2 * half + 1);
-        blocks = DotBlocks(taps);
-        weights = Buffer<Kept<Sample>>(blocks * kDotBlock, kSource, __LINE__);
+        weights = Buffer<Kept<Sample>>(static_cast<std::size_t>(2 * half + 2), kSource, __LINE__);
         if (!weights) return;
         weights.Zero();
 
@@ -53,118 +51,153 @@ struct LineKernel {
         const std::uint32_t centre = dupEdges ? left : middle[0];
         weights[half] = static_cast<Kept<Sample>>(std::min<std::uint32_t>(centre, kMostWeight));
         rest = centre - static_cast<std::uint32_t>(weights[half]);
+        if constexpr (SampleTraits<Sample>::kWords) {
+            pairs = Buffer<std::int32_t>(static_cast<std::size_t>(half) + 1, kSource, __LINE__);
+            for (std::size_t i = 0; i < pairs.size(); ++i)
+                pairs[i] = weights[2 * i] | weights[2 * i + 1] << 16;
+        }
     }
+    /// False: allocation failed.
+    explicit operator bool() const { return weights && (pairs || !SampleTraits<Sample>::kWords); }
 
     static constexpr std::uint32_t kMostWeight =
         SampleTraits<Sample>::kWords ? 32767 : std::uint32_t{GaussianKernel1D::Sum};
-    Buffer<Kept<Sample>> weights; ///< 2 half + 1 of them, zeros behind; null: allocation failed
-    std::size_t blocks = 0;
+    Buffer<Kept<Sample>> weights; ///< 2 half + 1 of them and a zero
+    Buffer<std::int32_t> pairs;   ///< of words' weights
     int half = 0;
     std::uint32_t rest = 0; ///< of the middle weight
 };
 
-// A line is blurred in place: results take the place of samples of which later ones have no need. The line's
-// own samples begin at `half`.
+/// Neighbouring lines side by side, contiguous, with room for the kernel at both ends: place n of all lines
+/// is followed by place n + 1 of all. Results take the place of samples of which later ones have no need,
+/// from the front of the first margin on.
+template <class Sample>
+class LineStore {
+public:
+    LineStore(const LineKernel<Sample>& kernel, const Lines& lines, int count)
+        : kernel_(kernel)
+        , lines_(lines)
+        , apart_(static_cast<std::size_t>(count) * K7Image::Channels)
+        , tiles_((static_cast<std::size_t>(lines.length) * apart_ + kTile - 1) / kTile)
+        , kept_(tiles_ * kTile + (2 * static_cast<std::size_t>(kernel.half) + 2) * apart_, kSource,
+                __LINE__) {
+        kept_.Zero();
+        if constexpr (SampleTraits<Sample>::kWords)
+            pairs_ =
+                Buffer<std::int32_t>(kept_.size() - apart_ + kToCacheLine<std::int32_t>, kSource, __LINE__);
+    }
+    explicit operator bool() const { return kept_ && (pairs_ || !SampleTraits<Sample>::kWords); }
 
-void BlurLine(const LineKernel<u16>& kernel, std::int16_t* line, int length) {
-    std::int32_t sums[kTile];
-    for (int n = 0; n < length; n += kTile, line += kTile) {
-        const int count = std::min(kTile, length - n);
-        Dots(line, 1, kernel.weights.data(), kernel.blocks, count, sums);
-        for (int i = 0; i < count; ++i) {
-            const std::uint32_t sum = static_cast<std::uint32_t>(sums[i]) +
-                                      kernel.rest * static_cast<std::uint32_t>(line[i + kernel.half]);
-            line[i] = static_cast<std::int16_t>(sum >> GaussianKernel1D::Shift);
+    /// Takes as many lines as lie from `pixels` on, with their margins.
+    void Load(const Sample* pixels, int count, bool dupEdges) {
+        const std::size_t margin = static_cast<std::size_t>(kernel_.half) * apart_;
+        Kept<Sample>* const first = kept_.data() + margin;
+        ForRuns(count, [&](std::ptrdiff_t at, std::size_t place, int samples) {
+            std::copy_n(pixels + at, samples, first + place);
+        });
+        Kept<Sample>* to = first + static_cast<std::size_t>(lines_.length) * apart_;
+        for (int n = 1; n <= kernel_.half; ++n, to += apart_) {
+            Kept<Sample>* const before = first - static_cast<std::size_t>(n) * apart_;
+            if (dupEdges) {
+                std::copy_n(first, apart_, before);
+                std::copy_n(to - apart_, apart_, to);
+            } else {
+                std::fill_n(before, apart_, Kept<Sample>{0});
+                std::fill_n(to, apart_, Kept<Sample>{0});
+            }
         }
+    }
+
+    void Blur();
+
+    void Save(Sample* pixels, int count, int channels) const {
+        ForRuns(count, [&](std::ptrdiff_t at, std::size_t place, int samples) {
+            const Kept<Sample>* from = kept_.data() + place;
+            Sample* const to = pixels + at;
+            if (channels == K7Image::Channels)
+                for (int i = 0; i < samples; ++i) to[i] = static_cast<Sample>(from[i]);
+            else
+                for (int i = 0; i < samples; i += K7Image::Channels)
+                    for (int c = 0; c < channels; ++c) to[i + c] = static_cast<Sample>(from[i + c]);
+        });
+    }
+
+private:
+    /// Calls run(offset in the picture, offset from the first place, samples) for what lies contiguous in
+    /// both.
+    template <class Run>
+    void ForRuns(int count, Run run) const {
+        const int samples = count * K7Image::Channels;
+        if (lines_.along == samples && apart_ == static_cast<std::size_t>(samples))
+            return run(0, 0, samples * lines_.length);
+        for (int n = 0; n < lines_.length; ++n)
+            run(n * lines_.along, static_cast<std::size_t>(n) * apart_, samples);
+    }
+
+    const LineKernel<Sample>& kernel_;
+    Lines lines_;
+    std::size_t apart_; ///< samples from a place to the next
+    std::size_t tiles_;
+    Buffer<Kept<Sample>> kept_;
+    Buffer<std::int32_t> pairs_; ///< of words that follow each other on a line
+};
+
+template <>
+void LineStore<u16>::Blur() {
+    const auto apart = static_cast<std::ptrdiff_t>(apart_);
+    const std::int32_t* pairs = FromCacheLine(pairs_);
+    kJoinPairs.Chosen()(kept_.data(), apart, static_cast<int>(kept_.size() - apart_), FromCacheLine(pairs_));
+    const std::int32_t* const weights = kernel_.pairs.data();
+    AddPairSums* const add = kAddPairs.Chosen();
+    std::int16_t* results = kept_.data();
+    for (std::size_t tile = 0; tile < tiles_; ++tile, results += kTile, pairs += kTile) {
+        const std::int16_t* const middle = results + kernel_.half * apart;
+        std::int32_t sums[kTile];
+        for (int i = 0; i < kTile; ++i)
+            sums[i] = static_cast<std::int32_t>(kernel_.rest * static_cast<std::uint32_t>(middle[i]));
+        add(pairs, 2 * apart, weights, kernel_.half + 1, kTile, sums);
+        for (int i = 0; i < kTile; ++i)
+            results[i] =
+                static_cast<std::int16_t>(static_cast<std::uint32_t>(sums[i]) >> GaussianKernel1D::Shift);
     }
 }
 
 /// Both samples of a distance share a weight, and the small weights of the ends are added first.
-K7_WIDE_VECTORS void BlurLine(const LineKernel<float>& kernel, float* line, int length) {
+K7_WIDE_VECTORS void BlurTile(const float* weights, int half, std::ptrdiff_t apart, float* line) {
     constexpr float one = 1.0f / GaussianKernel1D::Sum;
-    for (int n = 0; n < length; n += kTile, line += kTile) {
-        float sums[kTile] = {};
-        const float* before = line;
-        const float* behind = line + static_cast<std::ptrdiff_t>(2) * kernel.half;
-        for (const float* weight = kernel.weights.data(); before != behind; ++before, --behind, ++weight)
-            for (int i = 0; i < kTile; ++i) sums[i] += (before[i] + behind[i]) * *weight;
-        const float middle = kernel.weights[static_cast<std::size_t>(kernel.half)];
-        for (int i = 0; i < kTile; ++i) sums[i] = (sums[i] + before[i] * middle) * one;
-        std::copy_n(sums, std::min(kTile, length - n), line);
-    }
+    float sums[kTile] = {};
+    const float* before = line;
+    const float* behind = line + 2 * half * apart;
+    for (; before != behind; before += apart, behind -= apart, ++weights)
+        for (int i = 0; i < kTile; ++i) sums[i] += (before[i] + behind[i]) * *weights;
+    for (int i = 0; i < kTile; ++i) sums[i] = (sums[i] + before[i] * *weights) * one;
+    std::copy_n(sums, kTile, line);
 }
 
-/// Some lines of a picture, each channel of a line in one piece with room for the kernel on both sides.
+template <>
+void LineStore<float>::Blur() {
+    for (std::size_t tile = 0; tile < tiles_; ++tile)
+        BlurTile(kernel_.weights.data(), kernel_.half, static_cast<std::ptrdiff_t>(apart_),
+                 kept_.data() + tile * kTile);
+}
+
+/// One pass over `count` lines, `together` at a time. `target` may be `source`.
 template <class Sample>
-class LineStore {
-public:
-    LineStore(const LineKernel<Sample>& kernel, const Lines& lines, int channels)
-        : lines_(lines)
-        , channels_(channels)
-        , half_(kernel.half) {
-        // An odd number of cache lines keeps the pieces from competing for the same places in the cache.
-        const std::size_t samples =
-            static_cast<std::size_t>(lines.length) + kernel.blocks * kDotBlock + kTile;
-        room_ = (samples + 63) / 64 * 64 + 32;
-        store_ = Buffer<Kept<Sample>>(room_ * kBlockLines * K7Image::Channels, kSource, __LINE__);
-        store_.Zero();
-    }
-    explicit operator bool() const { return static_cast<bool>(store_); }
-
-    Kept<Sample>* Line(int i, int channel) const {
-        return store_.data() + static_cast<std::size_t>(i * K7Image::Channels + channel) * room_;
-    }
-
-    void Load(const Sample* pixels, int count) const {
-        for (int n = 0; n < lines_.length; ++n, pixels += lines_.along)
-            for (int i = 0; i < count; ++i)
-                for (int c = 0; c < channels_; ++c)
-                    Line(i, c)[half_ + n] = static_cast<Kept<Sample>>(pixels[i * lines_.across + c]);
-    }
-
-    /// Fills both margins of a line.
-    void Margins(Kept<Sample>* line, bool dupEdges) const {
-        Kept<Sample>* end = line + half_ + lines_.length;
-        std::fill_n(line, half_, dupEdges ? line[half_] : Kept<Sample>{0});
-        std::fill_n(end, half_, dupEdges ? end[-1] : Kept<Sample>{0});
-    }
-
-    void Save(Sample* pixels, int count) const {
-        for (int n = 0; n < lines_.length; ++n, pixels += lines_.along)
-            for (int i = 0; i < count; ++i)
-                for (int c = 0; c < channels_; ++c)
-                    pixels[i * lines_.across + c] = static_cast<Sample>(Line(i, c)[n]);
-    }
-
-private:
-    Lines lines_;
-    int channels_;
-    int half_;
-    std::size_t room_ = 0;
-    Buffer<Kept<Sample>> store_;
-};
-
-/// One pass over `count` lines. `target` may be `source`.
-template <class Sample>
-void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int channels,
+void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int together, int channels,
                const PictureK7<Sample>& source, const PictureK7<Sample>& target) {
     const GaussianKernel1D whole = MakeGaussianKernel1D(radius);
     if (!whole.Weights) return ReportMessage(kNoKernelMessage);
     const LineKernel<Sample> kernel(whole, lines.length, dupEdges);
-    if (!kernel.weights) return ReportMessage(kNoKernelMessage);
+    if (!kernel) return ReportMessage(kNoKernelMessage);
     RunImageRows(count, [&](int firstLine, int lastLine) {
-        const LineStore<Sample> store(kernel, lines, channels);
+        LineStore<Sample> store(kernel, lines, together);
         if (!store) return ReportMessage(kNoKernelMessage);
-        for (int first = firstLine; first <= lastLine && !AbortRequested(); first += kBlockLines) {
-            const int used = std::min(kBlockLines, lastLine + 1 - first);
+        for (int first = firstLine; first <= lastLine && !AbortRequested(); first += together) {
+            const int used = std::min(together, lastLine + 1 - first);
             const std::ptrdiff_t at = first * lines.across;
-            store.Load(source.Pixels + at, used);
-            for (int i = 0; i < used; ++i)
-                for (int c = 0; c < channels; ++c) {
-                    store.Margins(store.Line(i, c), dupEdges);
-                    BlurLine(kernel, store.Line(i, c), lines.length);
-                }
-            store.Save(target.Pixels + at, used);
+            store.Load(source.Pixels + at, used, dupEdges);
+            store.Blur();
+            store.Save(target.Pixels + at, used, channels);
         }
     });
 }
@@ -174,15 +207,15 @@ void BlurLines(float radius, bool dupEdges, const Lines& lines, int count, int c
 template <class Sample>
 void PictureK7<Sample>::GaussianExactRows(float radius, bool dupEdges, const PictureK7* source,
                                           bool withAlpha) {
-    BlurLines(radius, dupEdges, Lines::Rows(*this), Height, withAlpha ? 4 : 3, source ? *source : *this,
+    BlurLines(radius, dupEdges, Lines::Rows(*this), Height, 1, withAlpha ? 4 : 3, source ? *source : *this,
               *this);
 }
 
 template <class Sample>
 void PictureK7<Sample>::GaussianExactColumns(float radius, bool dupEdges, const PictureK7* source,
                                              bool withAlpha) {
-    BlurLines(radius, dupEdges, Lines::Columns(*this), Width, withAlpha ? 4 : 3, source ? *source : *this,
-              *this);
+    BlurLines(radius, dupEdges, Lines::Columns(*this), Width, kColumns, withAlpha ? 4 : 3,
+              source ? *source : *this, *this);
 }
 
 template <class Sample>

@@ -23,10 +23,14 @@ using AddPairSums = void(const std::int32_t* pairs, std::ptrdiff_t step, const s
 using FoldToPairs = void(const std::int16_t* row, const std::int16_t* other, std::ptrdiff_t apart, int lanes,
                          std::int32_t* pairs);
 
+/// Makes pairs of a lane and the one `apart` lanes behind it.
+using JoinToPairs = void(const std::int16_t* words, std::ptrdiff_t apart, int lanes, std::int32_t* pairs);
+
 #define K7_DECLARE_LEVEL(level)                                                                              \
     namespace level {                                                                                        \
     AddPairSums AddPairs;                                                                                    \
     FoldToPairs FoldPairs;                                                                                   \
+    JoinToPairs JoinPairs;                                                                                   \
     }
 K7_DECLARE_LEVEL(baseline)
 K7_DECLARE_LEVEL(avx2)
@@ -35,5 +39,6 @@ K7_DECLARE_LEVEL(avx512)
 
 inline constexpr PerLevel<AddPairSums> kAddPairs = {baseline::AddPairs, avx2::AddPairs, avx512::AddPairs};
 inline constexpr PerLevel<FoldToPairs> kFoldPairs = {baseline::FoldPairs, avx2::FoldPairs, avx512::FoldPairs};
+inline constexpr PerLevel<JoinToPairs> kJoinPairs = {baseline::JoinPairs, avx2::JoinPairs, avx512::JoinPairs};
 
 } // namespace k7

@@ -20,14 +20,22 @@ void AddPairs(const std::int32_t* pairs, std::ptrdiff_t step, const std::int32_t
     }
 }
 
+namespace {
+
+std::int32_t PairOf(int first, int second) {
+    return static_cast<std::int32_t>((static_cast<std::uint32_t>(first) & 0xffffu) |
+                                     static_cast<std::uint32_t>(second) << 16);
+}
+
+} // namespace
+
 void FoldPairs(const std::int16_t* row, const std::int16_t* other, std::ptrdiff_t apart, int lanes,
                std::int32_t* pairs) {
-    for (int i = 0; i < lanes; ++i) {
-        const int first = row[i] + other[i];
-        const int second = row[i + apart] + other[i + apart];
-        pairs[i] = static_cast<std::int32_t>((static_cast<std::uint32_t>(first) & 0xffffu) |
-                                             static_cast<std::uint32_t>(second) << 16);
-    }
+    for (int i = 0; i < lanes; ++i) pairs[i] = PairOf(row[i] + other[i], row[i + apart] + other[i + apart]);
+}
+
+void JoinPairs(const std::int16_t* words, std::ptrdiff_t apart, int lanes, std::int32_t* pairs) {
+    for (int i = 0; i < lanes; ++i) pairs[i] = PairOf(words[i], words[i + apart]);
 }
 
 } // namespace k7::K7_LEVEL

@@ -29,7 +29,7 @@ TableSums::TableSums(const GaussianKernel2D& kernel, KernelReach reach, int widt
     , weights_(static_cast<std::size_t>(reach.Tall()) * static_cast<std::size_t>(pairsOfRow_), kSource,
                __LINE__)
     , rows_((static_cast<std::size_t>(reach.Tall()) + 2) * keptLanes_, kSource, __LINE__)
-    , pairs_(keptLanes_, kSource, __LINE__)
+    , pairs_(keptLanes_ + kToCacheLine<std::int32_t>, kSource, __LINE__)
     , sums_(static_cast<std::size_t>(lanes_), kSource, __LINE__) {
     if (*this) MakeGroups(kernel);
 }
@@ -87,8 +87,9 @@ const std::int32_t* TableSums::Row(int y) {
     const int pairLanes = static_cast<int>(keptLanes_) - kChannels;
     for (const Group* group = groups_.begin(); group != groups_.begin() + groupCount_; ++group) {
         const std::int16_t* const other = group->both ? Kept(y + group->other) : none;
-        kFoldPairs.Chosen()(Kept(y + group->row), other, kChannels, pairLanes, pairs_.data());
-        kAddPairs.Chosen()(pairs_.data(), 2 * kChannels, group->weights, pairsOfRow_, lanes_, sums_.data());
+        kFoldPairs.Chosen()(Kept(y + group->row), other, kChannels, pairLanes, FromCacheLine(pairs_));
+        kAddPairs.Chosen()(FromCacheLine(pairs_), 2 * kChannels, group->weights, pairsOfRow_, lanes_,
+                           sums_.data());
     }
     return sums_.data();
 }
