@@ -236,9 +236,14 @@ void FilterByNetwork(const PictureK7<Sample>& in, const PictureK7<Sample>& out, 
     const int side = size.width;
     const int left = side / 2; // columns, and rows, that the border cuts
     const int right = in.Width - (side - 1 - left);
+    const int firstWhole = std::max(first, left);
+    const int lastWhole = std::min(last, in.Height - (side - 1 - left) - 1);
+    for (int y = firstWhole; y <= lastWhole && !AbortRequested(); y += 2) {
+        const int at = left * out.Channels;
+        median.FilterRows(side, y - left, out.Rows[y] + at, y < lastWhole ? out.Rows[y + 1] + at : nullptr);
+    }
     for (int y = first; y <= last && !AbortRequested(); ++y) {
-        const bool whole = y >= left && y < in.Height - (side - 1 - left);
-        if (whole) median.FilterRow(side, y - left, out.Rows[y] + left * out.Channels);
+        const bool whole = y >= firstWhole && y <= lastWhole;
         for (int x = 0; x < (whole ? left : in.Width); ++x) FilterPixel(in, out, size, x, y);
         for (int x = right; x < in.Width && whole; ++x) FilterPixel(in, out, size, x, y);
     }
