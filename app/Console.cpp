@@ -81,8 +81,8 @@ void Console::Start() {
     DrawBar();
 }
 
+/// The lock is held, since the line counts.
 void Console::Done(const std::string& line) {
-    const std::lock_guard lock(mutex_);
     ++done_;
     Say(line);
     if (style_ == Style::OpenJd) {
@@ -93,6 +93,7 @@ void Console::Done(const std::string& line) {
 }
 
 void Console::Rendered(int frame, double seconds) {
+    const std::lock_guard lock(mutex_);
     char line[96];
     std::snprintf(line, sizeof line, "Rendered frame %d (%d of %d), took %.2f secs", frame, done_ + 1, total_,
                   seconds);
@@ -100,11 +101,13 @@ void Console::Rendered(int frame, double seconds) {
 }
 
 void Console::Skipped(int frame) {
+    const std::lock_guard lock(mutex_);
     Done("Skipped frame " + std::to_string(frame) + " (" + std::to_string(done_ + 1) + " of " +
          std::to_string(total_) + "), it exists");
 }
 
 void Console::Failed(int frame, const std::string& why) {
+    const std::lock_guard lock(mutex_);
     Done("Frame " + std::to_string(frame) + " failed: " + OneLine(why));
 }
 

@@ -35,7 +35,7 @@ std::unique_ptr<Stack> StackOptions::Make(Missing missing, const std::string& as
     for (const StageWords& stage : later_) tools.push_back(&FindTool(stage.tool));
     if (toolName_.empty()) {
         if (!later_.empty() || loadFile_.empty()) throw UsageError("TOOL is required: name one of `k7 list`");
-        tools = ToolsOf(ReadSettingsFile(loadFile_));
+        tools = ToolsOfFile(loadFile_);
     }
     auto stack = std::make_unique<Stack>(tools);
     std::vector<Links> links = {links_};

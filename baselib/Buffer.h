@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <source_location>
 #include <type_traits>
 #include <utility>
 
@@ -23,8 +24,9 @@ class Buffer {
 public:
     Buffer() = default;
 
-    /// `file` is a literal and names the caller to the allocator.
-    Buffer(std::size_t count, const char* file, int line)
+    /// `file` is a literal and names the caller to the allocator, with the line of the call.
+    Buffer(std::size_t count, const char* file,
+           int line = static_cast<int>(std::source_location::current().line()))
         : data_(Allocate(count, file, line))
         , count_(data_ ? count : 0)
         , file_(file)

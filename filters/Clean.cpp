@@ -30,9 +30,7 @@ struct WindowSize {
 class Histogram {
 public:
     Histogram() = default;
-    explicit Histogram(std::size_t bins)
-        : counts_(bins, "Clean", __LINE__)
-        , present_(bins / 64 + 1, "Clean", __LINE__) {
+    explicit Histogram(std::size_t bins) : counts_(bins, "Clean"), present_(bins / 64 + 1, "Clean") {
         counts_.Zero();
         present_.Zero();
     }

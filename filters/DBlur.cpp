@@ -32,7 +32,7 @@ void DBlur::Blur(const PictureK7<Sample>& in, const PictureK7<Sample>& out) {
     const int capacity = std::max(in.Width, in.Height) - 1;
     if (capacity == 0) return; // a single pixel has nothing to be blurred with
 
-    const Buffer<BlurKernel> kernel(static_cast<std::size_t>(capacity), "DBlur", __LINE__);
+    const Buffer<BlurKernel> kernel(static_cast<std::size_t>(capacity), "DBlur");
     if (!kernel) return ReportMessage(kNoMemoryMessage);
     const float fraction = static_cast<float>(Leng.Value / 100.0 * in.Width) / static_cast<float>(capacity);
     int count = 0;

@@ -10,8 +10,8 @@ template <class Sample>
 NetworkMedian<Sample>::NetworkMedian(const PictureK7<Sample>& image)
     : image_(image)
     , room_(static_cast<std::size_t>(image.Width + kMost) * PictureK7<Sample>::Channels + kSpareKeys)
-    , columns_(kMost * room_, "Clean", __LINE__)
-    , spare_(static_cast<std::size_t>(image.Width) * PictureK7<Sample>::Channels, "Clean", __LINE__) {
+    , columns_(kMost * room_, "Clean")
+    , spare_(static_cast<std::size_t>(image.Width) * PictureK7<Sample>::Channels, "Clean") {
     columns_.Zero();
 }
 

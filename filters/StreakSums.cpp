@@ -87,9 +87,7 @@ StreakSegments::StreakSegments(const BlurKernel* kernel, int count) {
     }
 }
 
-StreakSums::StreakSums()
-    : sums_(kSumRow * kRows, "DBlur", __LINE__)
-    , seen_(kSeenRow * kSeenRows, "DBlur", __LINE__) {}
+StreakSums::StreakSums() : sums_(kSumRow * kRows, "DBlur"), seen_(kSeenRow * kSeenRows, "DBlur") {}
 
 template <class Sample>
 void StreakSums::BlurTile(const PictureK7<Sample>& in, const PictureK7<Sample>& out,

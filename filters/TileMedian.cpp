@@ -129,16 +129,13 @@ TileMedian<Sample>::TileMedian(const PictureK7<Sample>& image, const TileNetwork
     const int tiles = (groups_ + (beyond + kTiles - 1) / kTiles) * kTiles;
     room_ = static_cast<std::size_t>(tiles) * kChannels;
     const auto rows = static_cast<std::size_t>((whole.window[1] + tile_[1] - 1) * tile_[0]);
-    planes_ = Buffer<Key>(rows * room_, kSource, __LINE__);
-    columns_ =
-        Buffer<Key>(static_cast<std::size_t>(whole.column.Inputs() * tile_[0]) * room_, kSource, __LINE__);
+    planes_ = Buffer<Key>(rows * room_, kSource);
+    columns_ = Buffer<Key>(static_cast<std::size_t>(whole.column.Inputs() * tile_[0]) * room_, kSource);
     const Demand demand(cut); // needs more than the other
-    wires_ =
-        Buffer<Key>(static_cast<std::size_t>(demand.wires * kLanes) + kToCacheLine<Key>, kSource, __LINE__);
-    kept_ =
-        Buffer<Key>(static_cast<std::size_t>(demand.kept * kLanes) + kToCacheLine<Key>, kSource, __LINE__);
-    from_ = Buffer<const Key*>(static_cast<std::size_t>(demand.wires), kSource, __LINE__);
-    to_ = Buffer<Key*>(static_cast<std::size_t>(demand.wires), kSource, __LINE__);
+    wires_ = Buffer<Key>(static_cast<std::size_t>(demand.wires * kLanes) + kToCacheLine<Key>, kSource);
+    kept_ = Buffer<Key>(static_cast<std::size_t>(demand.kept * kLanes) + kToCacheLine<Key>, kSource);
+    from_ = Buffer<const Key*>(static_cast<std::size_t>(demand.wires), kSource);
+    to_ = Buffer<Key*>(static_cast<std::size_t>(demand.wires), kSource);
 }
 
 template <class Sample>

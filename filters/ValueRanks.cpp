@@ -22,10 +22,10 @@ float FromOrderedBits(std::uint32_t ordered) {
 
 ValueRanks::ValueRanks(std::size_t mostPixels)
     : most_(mostPixels)
-    , keys_(mostPixels, kSource, __LINE__)
-    , sorted_(mostPixels, kSource, __LINE__)
-    , ranks_(mostPixels * K7Image::Channels, kSource, __LINE__)
-    , values_(mostPixels * K7Image::Channels, kSource, __LINE__) {}
+    , keys_(mostPixels, kSource)
+    , sorted_(mostPixels, kSource)
+    , ranks_(mostPixels * K7Image::Channels, kSource)
+    , values_(mostPixels * K7Image::Channels, kSource) {}
 
 void ValueRanks::Fill(const FloatImageK7& image, const Region& part, int channels) {
     if (channels < K7Image::Channels) ranks_.Zero();

@@ -145,9 +145,9 @@ bool ImageXfmK7::PlacePixels() {
     const double stretch = reducing && DestSize > 1 ? Step : 1.0;
     const double reach = DestSize > 1 ? Support * stretch : 0.0;
 
-    places_ = Buffer<Place>(static_cast<std::size_t>(DestSize), kSource, __LINE__);
+    places_ = Buffer<Place>(static_cast<std::size_t>(DestSize), kSource);
     const double mostTaps = (std::floor(2.0 * reach) + 2.0) * DestSize; // rounding may let in one too many
-    taps_ = Buffer<Tap>(Saturate<std::size_t>(mostTaps), kSource, __LINE__);
+    taps_ = Buffer<Tap>(Saturate<std::size_t>(mostTaps), kSource);
     if (!places_ || !taps_) return false;
 
     Tap* tap = taps_.begin();
@@ -197,7 +197,7 @@ void ImageXfmK7::ResizeRows(int first, int last) {
     // Each sample is converted to double once, not once for every tap.
     const auto [source, dest] = std::get<PassPictures<Sample>>(pictures_);
     const std::size_t samples = static_cast<std::size_t>(SourceSize) * kChannels;
-    const Buffer<double> row(samples, kSource, __LINE__);
+    const Buffer<double> row(samples, kSource);
     if (!row) {
         outOfMemory_ = true;
         return;

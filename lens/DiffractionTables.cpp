@@ -35,7 +35,7 @@ bool Resize(Kernel<Cell>& kernel, int radius, const PixelReach& seen) {
     kernel.SetSize(radius, seen);
     const std::size_t count =
         static_cast<std::size_t>(kernel.Columns()) * static_cast<std::size_t>(kernel.Rows());
-    kernel.Cells = Buffer<Cell>(count, kFlareSource<Real>, __LINE__);
+    kernel.Cells = Buffer<Cell>(count, kFlareSource<Real>);
     return static_cast<bool>(kernel.Cells);
 }
 
@@ -146,8 +146,7 @@ bool BuildDiffractionTable(CLRK7& clr, const Grating<Real>& grating, int count, 
     table.Count = count;
     table.Entries = {};
     if (count < 1 || entries < 1) return true;
-    table.Entries =
-        Buffer<DiffractionEntry<Real>>(static_cast<std::size_t>(entries), kFlareSource<Real>, __LINE__);
+    table.Entries = Buffer<DiffractionEntry<Real>>(static_cast<std::size_t>(entries), kFlareSource<Real>);
     if (!table.Entries || !clr.Create(kLowNm, kHighNm, nullptr)) return false;
 
     constexpr Real kSmallestAngle = static_cast<Real>(0.00001);

@@ -58,7 +58,7 @@ template <class Sample>
 void FlareSpot::Shine(const PictureK7<Sample>& in, const PictureK7<Sample>& out) {
     ReadControls(in.Width, in.Height, out.AspectX, out.AspectY);
     const std::size_t cells = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
-    ImageBuffer<int> sums(3 * cells, "FlareSpot", __LINE__);
+    ImageBuffer<int> sums(3 * cells, "FlareSpot");
     if (!sums) return; // the output already holds the background
     Sums.Red = sums.data();
     Sums.Green = Sums.Red + cells;

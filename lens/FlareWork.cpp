@@ -114,7 +114,7 @@ void FlareWork<Real>::Start(const PictureK7<Sample>& output) {
 template <class Real>
 bool FlareWork<Real>::MakeContrastTable() {
     if (contrastTable_ && WorkContrast == lastContrast_) return true;
-    if (!contrastTable_) contrastTable_ = Buffer<u16>(kContrastEntries, kFlareSource<Real>, __LINE__);
+    if (!contrastTable_) contrastTable_ = Buffer<u16>(kContrastEntries, kFlareSource<Real>);
     if (!contrastTable_) return false;
     const auto exponent = static_cast<float>(1.0 / WorkContrast);
     for (int i = 0; i < kContrastEntries; ++i) {
@@ -160,7 +160,7 @@ template <class Sample>
 typename FlareWork<Real>::template LightMap<Sample> FlareWork<Real>::MakeLightMap() const {
     const std::size_t pixels = static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
     LightMap<Sample> map;
-    map.store = ImageBuffer<Sample>(pixels * K7Image::Channels, kFlareSource<Real>, __LINE__);
+    map.store = ImageBuffer<Sample>(pixels * K7Image::Channels, kFlareSource<Real>);
     if (map.store) map.image = PictureK7<Sample>::MakeOver(map.store.data(), Width, Height);
     return map;
 }

@@ -83,7 +83,7 @@ LensFileResult ReadLensFile(const std::string& path, LensTable* lens) {
     if (path.empty()) return LensFileResult::OpenFailed;
     std::ifstream file(NativePath(path), std::ios::binary);
     if (!file) return LensFileResult::OpenFailed;
-    const Buffer<char> text(kTextRoom, "FlareSpot", __LINE__);
+    const Buffer<char> text(kTextRoom, "FlareSpot");
     if (!text) return LensFileResult::ReadFailed;
     file.read(text.data(), static_cast<std::streamsize>(text.size()));
     auto length = static_cast<std::size_t>(file.gcount());

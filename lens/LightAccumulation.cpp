@@ -74,7 +74,7 @@ bool LightAccumulation<Real>::Prepare(const LightList& lights, const FlareTables
     box_ = whole ? frame_ : Reach();
     const std::size_t cells =
         static_cast<std::size_t>(box_.Width()) * static_cast<std::size_t>(box_.Height());
-    cells_ = ImageBuffer<LightSum<Real>>(cells, kFlareSource<Real>, __LINE__);
+    cells_ = ImageBuffer<LightSum<Real>>(cells, kFlareSource<Real>);
     return cells_.size() == cells;
 }
 

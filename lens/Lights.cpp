@@ -26,7 +26,7 @@ bool LightList::Collect(const PictureK7<Sample>& lightMap, const PixelBox& box, 
     std::size_t count = 0;
     ForLights(lightMap, box, [&](const Light&) { ++count; });
     if (AbortRequested()) return false; // before memory is filled for nothing
-    lights_ = Buffer<Light>(count, source, __LINE__);
+    lights_ = Buffer<Light>(count, source);
     if (lights_.size() != count) return false;
     Light* next = lights_.begin();
     ForLights(lightMap, box, [&](const Light& light) { *next++ = light; });

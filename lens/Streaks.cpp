@@ -47,7 +47,7 @@ bool StreakSet<Real>::Prepare(const StreakSetup<Real>& setup, const StreakPairs<
     if (setup.Count < 1 || length_ < 1) return true;
 
     const auto count = static_cast<std::size_t>(std::min(setup.Count, kMostStreaks));
-    arms_ = Buffer<Arm>(2 * count, kFlareSource<Real>, __LINE__);
+    arms_ = Buffer<Arm>(2 * count, kFlareSource<Real>);
     if (!arms_) return false;
     for (std::size_t k = 0; k < count; ++k) {
         const Real reach = length_ * pairs[k].Length + length_;
@@ -100,7 +100,7 @@ void StreakSet<Real>::KeepSteps(const PixelBox& lights) {
         most += static_cast<std::size_t>(std::min(major, longest)) + 1;
     }
     if (most > kMostKeptBytes / sizeof(Step)) return;
-    steps_ = Buffer<Step>(most, kFlareSource<Real>, __LINE__);
+    steps_ = Buffer<Step>(most, kFlareSource<Real>);
     if (!steps_) return;
 
     std::size_t next = 0;

@@ -162,7 +162,7 @@ bool CLRK7::BuildMatchingFunctions() {
     if (count < 1) return false;
     Buffer<double>* const functions[3] = {&XBar, &YBar, &ZBar};
     for (int f = 0; f < 3; ++f) {
-        *functions[f] = Buffer<double>(static_cast<std::size_t>(count), "clr", __LINE__);
+        *functions[f] = Buffer<double>(static_cast<std::size_t>(count), "clr");
         if (!*functions[f]) return false;
         int nm = LowWavelength;
         for (double& value : *functions[f]) value = Observer(nm++, f);

@@ -46,10 +46,9 @@ public:
         , height_(height)
         , most_((kernel.Size + 1) / 2)
         , room_(static_cast<std::size_t>(width + 2 * most_ + 2 * kTile))
-        , weights_(static_cast<std::size_t>(most_ + 1) * static_cast<std::size_t>(most_ + 1), kSource,
-                   __LINE__)
-        , plane_(room_ * static_cast<std::size_t>(height), kSource, __LINE__)
-        , rows_(room_, kSource, __LINE__) {
+        , weights_(static_cast<std::size_t>(most_ + 1) * static_cast<std::size_t>(most_ + 1), kSource)
+        , plane_(room_ * static_cast<std::size_t>(height), kSource)
+        , rows_(room_, kSource) {
         if (!*this) return;
         plane_.Zero();
         for (int a = 0; a <= most_; ++a)

@@ -71,8 +71,8 @@ bool IsStopped(std::size_t length) {
 
 FourierTransform::FourierTransform(std::size_t length)
     : length_(length)
-    , cosines_(length, kSource, __LINE__)
-    , sines_(length, kSource, __LINE__) {
+    , cosines_(length, kSource)
+    , sines_(length, kSource) {
     if (!cosines_ || !sines_) {
         cosines_ = {};
         return;

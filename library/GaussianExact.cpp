@@ -35,7 +35,7 @@ struct LineKernel {
     LineKernel(const GaussianKernel1D& kernel, int length, bool dupEdges) {
         const int whole = kernel.Taps / 2;
         half = std::min(whole, length - 1);
-        weights = Buffer<Kept<Sample>>(static_cast<std::size_t>(2 * half + 2), kSource, __LINE__);
+        weights = Buffer<Kept<Sample>>(static_cast<std::size_t>(2 * half + 2), kSource);
         if (!weights) return;
         weights.Zero();
 
@@ -52,7 +52,7 @@ struct LineKernel {
         weights[half] = static_cast<Kept<Sample>>(std::min<std::uint32_t>(centre, kMostWeight));
         rest = centre - static_cast<std::uint32_t>(weights[half]);
         if constexpr (SampleTraits<Sample>::kWords) {
-            pairs = Buffer<std::int32_t>(static_cast<std::size_t>(half) + 1, kSource, __LINE__);
+            pairs = Buffer<std::int32_t>(static_cast<std::size_t>(half) + 1, kSource);
             for (std::size_t i = 0; i < pairs.size(); ++i)
                 pairs[i] = weights[2 * i] | weights[2 * i + 1] << 16;
         }
@@ -79,12 +79,10 @@ public:
         , lines_(lines)
         , apart_(static_cast<std::size_t>(count) * K7Image::Channels)
         , tiles_((static_cast<std::size_t>(lines.length) * apart_ + kTile - 1) / kTile)
-        , kept_(tiles_ * kTile + (2 * static_cast<std::size_t>(kernel.half) + 2) * apart_, kSource,
-                __LINE__) {
+        , kept_(tiles_ * kTile + (2 * static_cast<std::size_t>(kernel.half) + 2) * apart_, kSource) {
         kept_.Zero();
         if constexpr (SampleTraits<Sample>::kWords)
-            pairs_ =
-                Buffer<std::int32_t>(kept_.size() - apart_ + kToCacheLine<std::int32_t>, kSource, __LINE__);
+            pairs_ = Buffer<std::int32_t>(kept_.size() - apart_ + kToCacheLine<std::int32_t>, kSource);
     }
     explicit operator bool() const { return kept_ && (pairs_ || !SampleTraits<Sample>::kWords); }
 

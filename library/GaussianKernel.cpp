@@ -61,7 +61,7 @@ GaussianKernel1D MakeGaussianKernel1D(float radius) {
 
     const int n = static_cast<int>(std::ceil(x));
     const double sigma = x / 3.0;
-    kernel.Weights = Buffer<std::uint32_t>(static_cast<std::size_t>(2 * n + 1), "library/K7Image", __LINE__);
+    kernel.Weights = Buffer<std::uint32_t>(static_cast<std::size_t>(2 * n + 1), "library/K7Image");
     if (!kernel.Weights) return kernel;
 
     std::int64_t total = 0;

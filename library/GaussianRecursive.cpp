@@ -214,8 +214,7 @@ void RunPass(Lines lines, int count, const Sample* source, Sample* target, int c
     const Pass<Sample> pass = {lines, source, target, channels, sigma};
     RunImageRows(count, [&](int first, int last) {
         if (first > last) return;
-        const Buffer<double> line((static_cast<std::size_t>(pass.Padded()) + 3) * kLanes, "library/K7Image",
-                                  __LINE__);
+        const Buffer<double> line((static_cast<std::size_t>(pass.Padded()) + 3) * kLanes, "library/K7Image");
         if (line)
             FilterLines(pass, first, last, line.data());
         else

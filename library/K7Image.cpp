@@ -21,7 +21,7 @@ PictureK7<Sample>::PictureK7(int width, int height)
 
 template <class Sample>
 bool PictureK7<Sample>::SetStore(Sample* pixels) {
-    rows_ = Buffer<Sample*>(static_cast<std::size_t>(Height), kSource, __LINE__);
+    rows_ = Buffer<Sample*>(static_cast<std::size_t>(Height), kSource);
     if (!pixels || !rows_) return false;
     Pixels = pixels;
     Rows = rows_.data();
@@ -39,7 +39,7 @@ std::unique_ptr<PictureK7<Sample>> PictureK7<Sample>::Make(int width, int height
     std::unique_ptr<PictureK7> image(new (std::nothrow) PictureK7(width, height));
     if (!image) return nullptr;
     const std::size_t samples = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * Channels;
-    image->store_ = ImageBuffer<Sample>(samples, kSource, __LINE__);
+    image->store_ = ImageBuffer<Sample>(samples, kSource);
     if (!image->SetStore(image->store_.data())) return nullptr;
     return image;
 }

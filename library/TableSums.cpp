@@ -25,12 +25,11 @@ TableSums::TableSums(const GaussianKernel2D& kernel, KernelReach reach, int widt
     , pairsOfRow_((reach.Wide() + 1) / 2)
     , lanes_(WholeTiles(width * kChannels))
     , keptLanes_(static_cast<std::size_t>(lanes_) + static_cast<std::size_t>(2 * pairsOfRow_ * kChannels))
-    , groups_(static_cast<std::size_t>(reach.Tall()), kSource, __LINE__)
-    , weights_(static_cast<std::size_t>(reach.Tall()) * static_cast<std::size_t>(pairsOfRow_), kSource,
-               __LINE__)
-    , rows_((static_cast<std::size_t>(reach.Tall()) + 2) * keptLanes_, kSource, __LINE__)
-    , pairs_(keptLanes_ + kToCacheLine<std::int32_t>, kSource, __LINE__)
-    , sums_(static_cast<std::size_t>(lanes_), kSource, __LINE__) {
+    , groups_(static_cast<std::size_t>(reach.Tall()), kSource)
+    , weights_(static_cast<std::size_t>(reach.Tall()) * static_cast<std::size_t>(pairsOfRow_), kSource)
+    , rows_((static_cast<std::size_t>(reach.Tall()) + 2) * keptLanes_, kSource)
+    , pairs_(keptLanes_ + kToCacheLine<std::int32_t>, kSource)
+    , sums_(static_cast<std::size_t>(lanes_), kSource) {
     if (*this) MakeGroups(kernel);
 }
 

@@ -26,8 +26,7 @@ public:
         explicit operator bool() const { return true; }
     };
 
-    explicit Spectrum(std::size_t length)
-        : numbers_(length <= kLongestTransform ? length : 0, kSource, __LINE__) {}
+    explicit Spectrum(std::size_t length) : numbers_(length <= kLongestTransform ? length : 0, kSource) {}
     explicit operator bool() const { return static_cast<bool>(numbers_); }
 
     void Clear() { numbers_.Zero(); }
@@ -60,7 +59,7 @@ public:
     using Transform = FourierTransform;
 
     explicit Spectrum(std::size_t length)
-        : parts_{Buffer<double>(length, kSource, __LINE__), Buffer<double>(length, kSource, __LINE__)} {}
+        : parts_{Buffer<double>(length, kSource), Buffer<double>(length, kSource)} {}
     explicit operator bool() const { return parts_[0] && parts_[1]; }
 
     void Clear() {

@@ -111,7 +111,7 @@ void SharpenChannels(const Mask& mask, const PictureK7<Sample>& from, const Pict
     RunImageRows((channels + together - 1) / together, [&](int first, int last) {
         if (first > last) return;
         const auto sums = MakeSums(mask.kernel, mask.reach, to);
-        Buffer<double> row(static_cast<std::size_t>(to.Width) + kTile, "library/K7Image", __LINE__);
+        Buffer<double> row(static_cast<std::size_t>(to.Width) + kTile, "library/K7Image");
         if (!sums || !row) return ReportMessage(kNoKernelMessage);
         row.Zero(); // the last samples are sharpened together with what stands behind them
         const int end = std::min((last + 1) * together, channels);

@@ -21,13 +21,27 @@ nlohmann::json ReadSettingsFile(const std::string& path) {
     return json;
 }
 
-void LoadSettingsFile(Stack& stack, const std::string& path) {
+namespace {
+
+/// Runs an action on the settings of a file; its errors name the file.
+template <class Action>
+auto WithFile(const std::string& path, Action action) {
+    const nlohmann::json settings = ReadSettingsFile(path);
     try {
-        RestoreStack(stack, ReadSettingsFile(path));
+        return action(settings);
     } catch (const UsageError& error) {
-        const std::string why = error.what();
-        throw UsageError(why.starts_with("'" + path + "'") ? why : "'" + path + "': " + why);
+        throw UsageError("'" + path + "': " + error.what());
     }
+}
+
+} // namespace
+
+std::vector<host::Registry*> ToolsOfFile(const std::string& path) {
+    return WithFile(path, [](const nlohmann::json& settings) { return ToolsOf(settings); });
+}
+
+void LoadSettingsFile(Stack& stack, const std::string& path) {
+    WithFile(path, [&](const nlohmann::json& settings) { RestoreStack(stack, settings); });
 }
 
 void SaveSettingsFile(const Stack& stack, const std::string& path) {

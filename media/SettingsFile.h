@@ -5,6 +5,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <vector>
 
 namespace media {
 
@@ -13,6 +14,9 @@ nlohmann::json ReadSettingsFile(const std::string& path);
 
 /// Writes what SaveStack or SaveSettings returned. Throws std::runtime_error.
 void WriteSettingsFile(const nlohmann::ordered_json& settings, const std::string& path);
+
+/// The tools that a file's settings are of. Throws UsageError.
+std::vector<host::Registry*> ToolsOfFile(const std::string& path);
 
 /// Sets the controls of all tools from such a file. Throws UsageError.
 void LoadSettingsFile(Stack& stack, const std::string& path);

@@ -45,9 +45,9 @@ public:
         , half_(static_cast<int>(kernel.size() / 2))
         , ringRows_(static_cast<int>(std::min(kernel.size(), static_cast<std::size_t>(picture.Height))))
         , width_(static_cast<std::size_t>(picture.Width))
-        , padded_(width_ + kernel.size() - 1, "MoBlur", __LINE__)
-        , sums_(width_, "MoBlur", __LINE__)
-        , ring_(width_ * static_cast<std::size_t>(ringRows_), "MoBlur", __LINE__) {}
+        , padded_(width_ + kernel.size() - 1, "MoBlur")
+        , sums_(width_, "MoBlur")
+        , ring_(width_ * static_cast<std::size_t>(ringRows_), "MoBlur") {}
 
     explicit operator bool() const { return padded_ && sums_ && ring_; }
 
@@ -154,7 +154,7 @@ Buffer<float> MakeBlurKernel(float size) {
     int half = 0;
     while (half < end && Gaussian(half + 1, sigma) > 1e-5) ++half;
 
-    Buffer<float> kernel(static_cast<std::size_t>(2 * half + 1), "MoBlur", __LINE__);
+    Buffer<float> kernel(static_cast<std::size_t>(2 * half + 1), "MoBlur");
     if (!kernel) return kernel;
     float sum = 0.0f;
     for (int i = -half; i <= half; ++i)

@@ -12,7 +12,7 @@ namespace k7 {
 template <class T>
 bool MakeWorkBuffer(ImageBuffer<T>& buffer, std::size_t count, int number) {
     buffer = {};
-    buffer = ImageBuffer<T>(count, "MoBlur", __LINE__);
+    buffer = ImageBuffer<T>(count, "MoBlur");
     if (buffer) return true;
     char text[64];
     std::snprintf(text, sizeof text, "Failed to get memory for buffer %02d", number);

@@ -40,7 +40,7 @@ void SetSides(const Properties& answers, const std::string& name, const RectD& b
 } // namespace
 
 /// Frames are computed from whole pictures.
-Status Instance::AskForRegions(const Properties& arguments, const Properties& answers) {
+Status Instance::AnswerRegionsOfInterest(const Properties& arguments, const Properties& answers) {
     const double time = arguments.Get(kPropTime, 0.0);
     for (const Link& link : links_) {
         RectD whole{};
@@ -51,7 +51,7 @@ Status Instance::AskForRegions(const Properties& arguments, const Properties& an
     return kOk;
 }
 
-Status Instance::AskForFrames(const Properties& arguments, const Properties& answers) {
+Status Instance::AnswerFramesNeeded(const Properties& arguments, const Properties& answers) {
     if (plan_.framesBefore == 0) return kReplyDefault;
     const double time = arguments.Get(kPropTime, 0.0);
     // Tools clamp other times to the clip, and read as many frames at its ends as in its middle.
@@ -80,7 +80,7 @@ double Instance::AspectOfMain() const {
     return aspect > 0.0 ? aspect : 1.0;
 }
 
-Status Instance::TellRegion(const Properties& arguments, const Properties& answers) {
+Status Instance::AnswerRegionOfDefinition(const Properties& arguments, const Properties& answers) {
     RectD region{};
     if (!IsConnected(MainClip()) || !RegionOfMain(arguments.Get(kPropTime, 0.0), &region))
         return kReplyDefault;
@@ -88,13 +88,13 @@ Status Instance::TellRegion(const Properties& arguments, const Properties& answe
     return kOk;
 }
 
-Status Instance::TellPreferences(const Properties& answers) {
+Status Instance::AnswerClipPreferences(const Properties& answers) {
     if (!plan_.varies) return kReplyDefault;
     answers.Set(kFrameVarying, 1);
     return kOk;
 }
 
-Status Instance::TellIdentity(const Properties& arguments, const Properties& answers) {
+Status Instance::AnswerIsIdentity(const Properties& arguments, const Properties& answers) {
     const double time = arguments.Get(kPropTime, 0.0);
     if (!host::IsIdle(*operator_, time)) return kReplyDefault;
     answers.Set(kPropName, kSource);

@@ -43,22 +43,24 @@ constexpr InstanceAction kInstanceActions[] = {
      [](Instance& i, const Properties& arguments, const Properties&) { return i.Render(arguments); }},
     {kActionIsIdentity, false,
      [](Instance& i, const Properties& arguments, const Properties& answers) {
-         return i.TellIdentity(arguments, answers);
+         return i.AnswerIsIdentity(arguments, answers);
      }},
     {kActionGetRegionOfDefinition, false,
      [](Instance& i, const Properties& arguments, const Properties& answers) {
-         return i.TellRegion(arguments, answers);
+         return i.AnswerRegionOfDefinition(arguments, answers);
      }},
     {kActionGetRegionsOfInterest, false,
      [](Instance& i, const Properties& arguments, const Properties& answers) {
-         return i.AskForRegions(arguments, answers);
+         return i.AnswerRegionsOfInterest(arguments, answers);
      }},
     {kActionGetFramesNeeded, false,
      [](Instance& i, const Properties& arguments, const Properties& answers) {
-         return i.AskForFrames(arguments, answers);
+         return i.AnswerFramesNeeded(arguments, answers);
      }},
     {kActionGetClipPreferences, false,
-     [](Instance& i, const Properties&, const Properties& answers) { return i.TellPreferences(answers); }},
+     [](Instance& i, const Properties&, const Properties& answers) {
+         return i.AnswerClipPreferences(answers);
+     }},
     {kActionInstanceChanged, true,
      [](Instance& i, const Properties& arguments, const Properties&) { return i.Changed(arguments); }},
     {kActionBeginInstanceChanged, true, [](Instance&, const Properties&, const Properties&) { return kOk; }},
@@ -113,7 +115,7 @@ Status RunGuarded(const host::Registry& tool, const char* action, const void* ha
     } catch (...) {
         text = "the frame failed";
     }
-    if (Is(action, kActionRender)) TellUser(effect, "OfxMessageError", text);
+    if (Is(action, kActionRender)) ShowMessage(effect, "OfxMessageError", text);
     return status;
 }
 

@@ -59,7 +59,7 @@ void Instance::Settle() {
     const std::string text = TakeMessage(*operator_);
     if (!text.empty()) {
         told_ = true;
-        TellUser(effect_, "OfxMessageWarning", text);
+        ShowMessage(effect_, "OfxMessageWarning", text);
     }
     exchange_.refusals.Raise();
 }

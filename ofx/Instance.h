@@ -46,11 +46,11 @@ public:
     // The actions. They throw Failure.
     Status Render(const Properties& arguments);
     Status Changed(const Properties& arguments);
-    Status AskForRegions(const Properties& arguments, const Properties& answers);
-    Status AskForFrames(const Properties& arguments, const Properties& answers);
-    Status TellRegion(const Properties& arguments, const Properties& answers);
-    Status TellPreferences(const Properties& answers);
-    Status TellIdentity(const Properties& arguments, const Properties& answers);
+    Status AnswerRegionsOfInterest(const Properties& arguments, const Properties& answers);
+    Status AnswerFramesNeeded(const Properties& arguments, const Properties& answers);
+    Status AnswerRegionOfDefinition(const Properties& arguments, const Properties& answers);
+    Status AnswerClipPreferences(const Properties& answers);
+    Status AnswerIsIdentity(const Properties& arguments, const Properties& answers);
 
     /// Shows the user what the tool has reported since the last call, and throws what the host has refused.
     void Settle();

@@ -13,7 +13,7 @@ using host::Depth;
 
 Status Instance::Render(const Properties& arguments) {
     const std::lock_guard lock(rendering_);
-    if (std::exchange(told_, true)) Untell(effect_);
+    if (std::exchange(told_, true)) ClearMessage(effect_);
     const HostPicture output(output_, arguments.Get(kPropTime, 0.0));
     if (!IsConnected(MainClip())) return Clear(output, arguments.Get(kRenderWindow, output.bounds)), kOk;
 

@@ -34,7 +34,7 @@ bool IsConnected(Clip clip) {
            Properties(set).Get(kClipConnected, 0) != 0;
 }
 
-void TellUser(Effect effect, const char* type, const std::string& text) {
+void ShowMessage(Effect effect, const char* type, const std::string& text) {
     const Suites& suites = TheHost();
     if (!suites.message || text.empty()) return;
     const auto tell =
@@ -42,7 +42,7 @@ void TellUser(Effect effect, const char* type, const std::string& text) {
     static_cast<void>(tell(effect, type, "k7", "%s", text.c_str()));
 }
 
-void Untell(Effect effect) {
+void ClearMessage(Effect effect) {
     const Suites& suites = TheHost();
     if (suites.persistentMessages) static_cast<void>(suites.message->clearPersistentMessage(effect));
 }

@@ -39,9 +39,9 @@ ParamSet ParametersOf(Effect effect);
 bool IsConnected(Clip clip);
 
 /// Shows a text to the user if the host can. `type` is the standard's kind of message.
-void TellUser(Effect effect, const char* type, const std::string& text);
+void ShowMessage(Effect effect, const char* type, const std::string& text);
 /// Removes a message that the host keeps showing.
-void Untell(Effect effect);
+void ClearMessage(Effect effect);
 
 /// Pixels of a picture in the host's coordinates: x1 and y1 are inclusive, x2 and y2 exclusive; y points up.
 struct Box {

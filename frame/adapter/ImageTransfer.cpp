@@ -62,7 +62,7 @@ bool Encode(const PictureK7<Sample>& source, host::Image& to) {
     RunImageRows(source.Height, [&](int first, int last) {
         if (first > last) return;
         const Buffer<Sample> row(static_cast<std::size_t>(source.Width) * source.Channels,
-                                 "adapter/ImageTransfer", __LINE__);
+                                 "adapter/ImageTransfer");
         if (!row) complete = false;
         for (int y = first; y <= last && row && !AbortRequested(); ++y) {
             const Sample* from = source.Rows[y];

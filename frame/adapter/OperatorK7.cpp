@@ -57,6 +57,7 @@ void OperatorK7::RunFrameIn(Request* request) {
     const auto* main = dynamic_cast<const Image*>(request->GetInputData(mainInput_, 0));
     const auto input = HostToK7Image<Sample>(main);
     if (!input) return; // without a picture, or if its allocation fails, there is no output
+    ChooseSecondFrames(request);
     const auto second = ReadSecondImage(request, main, *input);
     ReadFrameValues(request);
     if (AbortFlag) return;
@@ -91,15 +92,17 @@ void OperatorK7::FillSlots(PictureK7<Sample>* input, PictureK7<Sample>* second, 
     outputSlot_->Of<Sample>() = output;
 }
 
+void OperatorK7::ChooseSecondFrames(Request* request) {
+    if (!secondSlot_ || secondUse_ != SecondImage::AtOtherTimes) return;
+    const bool connected = dynamic_cast<const Image*>(request->GetInputData(secondInput_, 0));
+    secondSlot_->Input = connected ? secondFrames_.get() : mainFrames_.get();
+}
+
 template <class Sample>
 std::unique_ptr<PictureK7<Sample>> OperatorK7::ReadSecondImage(Request* request, const Image* main,
                                                                const PictureK7<Sample>& like) {
-    if (!secondSlot_) return nullptr;
+    if (!secondSlot_ || secondUse_ != SecondImage::FitToMain) return nullptr;
     const auto* image = dynamic_cast<const Image*>(request->GetInputData(secondInput_, 0));
-    if (secondUse_ == SecondImage::AtOtherTimes) {
-        secondSlot_->Input = image ? secondFrames_.get() : mainFrames_.get();
-        return nullptr;
-    }
     return HostToK7Image(image ? image : main, like, core_.get());
 }
 

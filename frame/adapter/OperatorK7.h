@@ -152,10 +152,13 @@ private:
     host::Input* NewImageInput(const char* name, int number, bool optional);
     void ReadFrameValues(host::Request* request);
     void RunFrame(host::Request* request);
+    /// Where a core that reads its second picture itself, at other times, finds it.
+    void ChooseSecondFrames(host::Request* request);
 
     // One frame in its depth.
     template <class Sample>
     void RunFrameIn(host::Request* request);
+    /// Null: there is none to fit, or its allocation fails.
     template <class Sample>
     std::unique_ptr<PictureK7<Sample>> ReadSecondImage(host::Request* request, const host::Image* main,
                                                        const PictureK7<Sample>& like);

@@ -153,6 +153,8 @@ int OverlayOperatorK7::ControlMove(OperatorControl* control, PreviewInfo* previe
     if (!control || control != pointer_.activeControl) return result;
     TakePointer(*preview);
     Dispatch();
+    // Drawing settles what the widgets show. Where the host draws later, the same pointer once more does: the
+    // drag ends where the first event has put the handle.
     if (control->DrawWhileMoving)
         GLDrawControls(control, preview, tags);
     else
