@@ -22,6 +22,14 @@ inline void OneAndAll(benchmark::internal::Benchmark* measure) {
             for (int floats : {0, 1}) measure->Args({threads, floats});
 }
 
+/// The same for work that knows one depth only.
+inline void ThreadsOnly(benchmark::internal::Benchmark* measure) {
+    measure->ArgNames({"threads"})->UseRealTime()->Unit(benchmark::kMillisecond);
+    const int all = static_cast<int>(std::thread::hardware_concurrency());
+    measure->Args({1});
+    if (all > 1) measure->Args({all});
+}
+
 /// Reports megapixels per second for pictures of this size.
 inline void CountPixels(benchmark::State& state, int width = kWidth, int height = kHeight) {
     const double pixels = static_cast<double>(state.iterations()) * width * height;

@@ -64,10 +64,10 @@ void MotionEstimate(benchmark::State& state) {
         estimator.EstimateMotion(threads.core, *scene.previous, *scene.current, Region(whole));
     CountPixels(state);
 }
-BENCHMARK(MotionEstimate<kStill, true>)->Apply(OneAndAll);
-BENCHMARK(MotionEstimate<kPan, false>)->Apply(OneAndAll);
-BENCHMARK(MotionEstimate<kPan, true>)->Apply(OneAndAll);
-BENCHMARK(MotionEstimate<kMixed, true>)->Apply(OneAndAll);
+BENCHMARK(MotionEstimate<kStill, true>)->Apply(ThreadsOnly);
+BENCHMARK(MotionEstimate<kPan, false>)->Apply(ThreadsOnly);
+BENCHMARK(MotionEstimate<kPan, true>)->Apply(ThreadsOnly);
+BENCHMARK(MotionEstimate<kMixed, true>)->Apply(ThreadsOnly);
 
 template <Motion motion, int steps>
 void MotionRender(benchmark::State& state) {
@@ -86,10 +86,10 @@ void MotionRender(benchmark::State& state) {
                             {steps + 1, 1.0f, 1.0f, 1.0f});
     CountPixels(state);
 }
-BENCHMARK(MotionRender<kStill, 5>)->Apply(OneAndAll);
-BENCHMARK(MotionRender<kPan, 5>)->Apply(OneAndAll);
-BENCHMARK(MotionRender<kMixed, 5>)->Apply(OneAndAll);
-BENCHMARK(MotionRender<kPan, 40>)->Apply(OneAndAll);
+BENCHMARK(MotionRender<kStill, 5>)->Apply(ThreadsOnly);
+BENCHMARK(MotionRender<kPan, 5>)->Apply(ThreadsOnly);
+BENCHMARK(MotionRender<kMixed, 5>)->Apply(ThreadsOnly);
+BENCHMARK(MotionRender<kPan, 40>)->Apply(ThreadsOnly);
 
 template <Motion motion>
 void MoBlurFrame(benchmark::State& state) {
