@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <source_location>
 #include <type_traits>
 #include <utility>
 
@@ -25,8 +24,7 @@ public:
     Buffer() = default;
 
     /// `file` is a literal and names the caller to the allocator, with the line of the call.
-    Buffer(std::size_t count, const char* file,
-           int line = static_cast<int>(std::source_location::current().line()))
+    Buffer(std::size_t count, const char* file, int line = __builtin_LINE())
         : data_(Allocate(count, file, line))
         , count_(data_ ? count : 0)
         , file_(file)
